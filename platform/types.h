@@ -13,5 +13,10 @@ using UINT = std::uint32_t;
 using LONGLONG = std::int64_t;
 using ULONGLONG = std::uint64_t;
 
+// Other libraries' headers make macros of these two names.
+#if !defined(FALSE)
 inline constexpr BOOL FALSE = 0;
+#endif
+#if !defined(TRUE)
 inline constexpr BOOL TRUE = 1;
+#endif
