@@ -1,0 +1,99 @@
+#include "ct/ct_layout.h"
+
+#include <cstring>
+
+namespace tympan {
+
+std::optional<std::uint64_t> CtLayout::Position(std::uint64_t row, unsigned int slot) const
+{
+    const auto rowsBefore = Product(separations, row);
+    const auto linesBefore = rowsBefore ? Sum(*rowsBefore, slot) : std::nullopt;
+    const auto distance = linesBefore ? Product(*linesBefore, Stride()) : std::nullopt;
+    const auto position = distance ? Sum(*distance, kCtFirstRow) : std::nullopt;
+    // As wide as the interface's positions are, which have 32 bits on some machines.
+    constexpr std::uint64_t kLastPosition = std::min<std::uint64_t>(
+        std::numeric_limits<LONGLONG>::max(), std::numeric_limits<unsigned long>::max());
+    if (!position || *position > kLastPosition)
+        return std::nullopt;
+    return position;
+}
+
+std::optional<unsigned int> CtLayout::SlotOf(ColorSeparationType separation) const
+{
+    const auto used = std::min<std::size_t>(separations, slots.size());
+    for (unsigned int slot = 0; slot < used; ++slot)
+        if (slots[slot] == separation)
+            return slot;
+    return std::nullopt;
+}
+
+std::optional<std::uint64_t> CtLayout::PositionOf(std::uint64_t row,
+                                                  ColorSeparationType separation) const
+{
+    const auto slot = SlotOf(separation);
+    return slot ? Position(row, *slot) : std::nullopt;
+}
+
+CtBands::CtBands(CFile& file, const CtLayout& layout, std::span<const ColorSeparationType> wanted)
+    : file_(file), layout_(layout), wanted_(std::min(wanted.size(), slots_.size()))
+{
+    for (std::size_t i = 0; i < wanted_; ++i)
+        slots_[i] = layout.SlotOf(wanted[i]);
+    const std::size_t stretch = std::min<std::size_t>(layout.width, kStretch);
+    bytes_.resize(RowsAreNarrow() ? kBandBytes : stretch * wanted_);
+    noInk_.assign(stretch, kNoInk);
+}
+
+// One read of whole rows costs no more than it gives only when most of what is read is wanted.
+bool CtBands::RowsAreNarrow() const
+{
+    const auto held = std::count_if(slots_.begin(), slots_.begin() + static_cast<int>(wanted_),
+                                    [](const auto& slot) { return slot.has_value(); });
+    return layout_.width <= kStretch && held > 0 &&
+           layout_.separations == static_cast<std::uint32_t>(held) &&
+           layout_.separations * layout_.Stride() <= kBandBytes;
+}
+
+void CtBands::ReadBand(std::uint64_t row, std::uint64_t rows)
+{
+    const std::uint64_t bytes = rows * layout_.separations * layout_.Stride();
+    ReadOrNoInk(layout_.Position(row, 0), bytes_.data(), static_cast<std::size_t>(bytes));
+}
+
+Plates CtBands::BandRow(std::uint64_t rowInBand, const CtArea& area) const
+{
+    const std::size_t stride = static_cast<std::size_t>(layout_.Stride());
+    const std::uint8_t* const row = bytes_.data() + rowInBand * layout_.separations * stride;
+    Plates plates{ {}, area.endColumn - area.firstColumn };
+    for (std::size_t i = 0; i < wanted_; ++i)
+        plates.plate[i] = slots_[i] ? row + *slots_[i] * stride + area.firstColumn : noInk_.data();
+    return plates;
+}
+
+Plates CtBands::ReadStretch(std::uint64_t row, std::size_t column, std::size_t count)
+{
+    Plates plates{ {}, count };
+    for (std::size_t i = 0; i < wanted_; ++i) {
+        plates.plate[i] = noInk_.data();
+        const auto position = slots_[i] ? layout_.Position(row, *slots_[i]) : std::nullopt;
+        if (!position)
+            continue;
+        std::uint8_t* const bytes = bytes_.data() + i * count;
+        ReadOrNoInk(*position + column, bytes, count);
+        plates.plate[i] = bytes;
+    }
+    return plates;
+}
+
+void CtBands::ReadOrNoInk(std::optional<std::uint64_t> position, std::uint8_t* bytes,
+                          std::size_t count)
+{
+    std::size_t held = 0;
+    if (position) {
+        file_.Seek(static_cast<LONGLONG>(*position), CFile::begin);
+        held = file_.Read(bytes, static_cast<UINT>(count));
+    }
+    std::memset(bytes + held, kNoInk, count - held);
+}
+
+} // namespace tympan

@@ -1,0 +1,19 @@
+// The list of formats, in the order in which a path is asked for them. The tests that look at the
+// least of a file stand behind those that look at more.
+#include "core/format.h"
+
+#include <array>
+
+namespace tympan {
+
+Format CtFormat();
+
+std::span<const Format> Formats()
+{
+    static const std::array kFormats{
+        CtFormat(),
+    };
+    return kFormats;
+}
+
+} // namespace tympan
