@@ -90,8 +90,8 @@ class Correction {
   public:
     explicit Correction(int** tables) : active_(tables != nullptr)
     {
-        for (const ColorSeparationType separation : tympan::kCtColour)
-            tables_[separation] = CorrectionOf(tables, separation);
+        for (std::size_t i = 0; i < tables_.size(); ++i)
+            tables_[i] = CorrectionOf(tables, tympan::kCtColour[i]);
     }
 
     Plates Of(const Plates& plates)

@@ -11,6 +11,7 @@
 #include "platform/array.h"
 #include "platform/file.h"
 #include "platform/gdi.h"
+#include "platform/path_resolver.h"
 #include "platform/text.h"
 #include "platform/ui.h"
 #include "tympan/version.h"

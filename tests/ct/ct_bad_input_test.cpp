@@ -1,6 +1,7 @@
 // Files that are not what they say: the code, the text, the result, and an object that can still be
 // asked, opened again and destroyed.
 #include "ct/ct_file.h"
+#include "support/ask_ct.h"
 #include "support/ct_samples.h"
 #include "support/temporary_folder.h"
 
@@ -74,34 +75,6 @@ const BadCase kBadCases[] = {
       true, 0 },
 };
 
-// Whatever it answers: nothing may crash, hang, or read or write where it shouldn't.
-void AskEverything(CtFileInterface& picture)
-{
-    Bytes buffer(4096);
-    unsigned int rowsInfo = 0;
-    unsigned long offsets[8] = {};
-    for (const unsigned int row : { 0U, 2U, 2147483647U, 4294967295U })
-        for (const int separation : { 0, 3, 4, 6, -1 }) {
-            const auto type = static_cast<ColorSeparationType>(separation);
-            picture.GetPictureRow(buffer.data(), row, type, picture.ResolutionOnScanAxis(),
-                                  picture.ResolutionOnXScanAxis(), buffer.size());
-            picture.GetPictureRows(buffer.data(), row, row + 8, rowsInfo, offsets, type,
-                                   buffer.size(), false);
-            picture.ExtractCMYKPixelInfo(row, row);
-        }
-    BITMAPINFO info{};
-    info.bmiHeader = { sizeof(BITMAPINFOHEADER), 16, -16, 1, 24, BI_RGB, 0, 0, 0, 0, 0 };
-    void* bits = nullptr;
-    CDC dc;
-    dc.Attach(CreateCompatibleDC(nullptr));
-    const HBITMAP canvas = CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
-    SelectObject(dc.GetSafeHdc(), canvas);
-    picture.Display(0, ~0UL, dc);
-    picture.Display(2, 1, &dc, Black);
-    picture.Display(~0UL, ~0UL, &dc);
-    DeleteObject(canvas);
-}
-
 TEST(CtBadInput, EndsInTheRightCode)
 {
     const TemporaryFolder folder;
@@ -117,12 +90,12 @@ TEST(CtBadInput, EndsInTheRightCode)
         EXPECT_EQ(picture->TraceStatus(), 0U);
         EXPECT_STREQ(picture->ErrorMsg(), kNothingSaid);
         EXPECT_EQ(picture->PictureParams()->TraceStatus(), bad.recordStatus);
-        AskEverything(*picture);
+        tympan::test::AskEverything(*picture);
 
         picture->ClosePictureFile();
         EXPECT_TRUE(picture->OpenPictureFile(good.c_str(), true, false, nullptr));
         EXPECT_EQ(picture->ObjectStatus(), bad.opens);
-        AskEverything(*picture);
+        tympan::test::AskEverything(*picture);
     }
 }
 
@@ -148,7 +121,7 @@ TEST(CtBadInput, WhatCannotBeOpenedIsRefused)
         CtFileInterface picture(path.c_str(), true);
         EXPECT_FALSE(picture.ObjectStatus());
         EXPECT_EQ(picture.TraceStatus(), 0U);
-        AskEverything(picture);
+        tympan::test::AskEverything(picture);
     }
     CtFileInterface output(folder.Path("no/such/folder").c_str(), false);
     EXPECT_FALSE(output.ObjectStatus());
@@ -181,7 +154,7 @@ TEST(CtBadInput, SurvivesRandomHeaders)
                 random() % 3 == 0 ? static_cast<char>(random()) : kLetters[random() % 16]);
         bytes.resize(random() % 2 == 0 ? bytes.size() : random() % bytes.size());
         CtFileInterface picture(folder.File("random.ct", bytes).c_str(), true);
-        AskEverything(picture);
+        tympan::test::AskEverything(picture);
     }
 }
 
