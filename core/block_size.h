@@ -5,8 +5,8 @@
 
 namespace tympan {
 
-/// Bytes of a reader's block. Builds that hunt faults at block borders set it to a few bytes, so that
-/// small files cross many of them.
+/// Bytes of a reader's block. Builds that hunt faults at block borders set it to a few bytes, so
+/// that small files cross many of them.
 #if defined(TYMPAN_BLOCK_SIZE)
 inline constexpr std::size_t kBlockBytes = TYMPAN_BLOCK_SIZE;
 #else

@@ -1,10 +1,22 @@
 #include "core/picture_object.h"
 
+#include "core/failure_guard.h"
 #include "core/whole_numbers.h"
 
 const ColorSeparationType BasePictureIF::m_AvailableSeps[PictureParameters::kSlots] = {
     Cyan, Magenta, Yellow, Black
 };
+
+namespace {
+
+// Closes a file of which nobody can be told that closing it failed, or has lost by that.
+void CloseOrForget(CFile& file)
+{
+    static constexpr tympan::FailureRow kForgotten[] = { { tympan::Caught::File, 0, nullptr } };
+    tympan::Guarded(tympan::NoTrace(), kForgotten, [&] { file.Close(); });
+}
+
+} // namespace
 
 BasePictureIF::BasePictureIF() : failures_("BasePictureIF:\n No Error !") {}
 
@@ -52,10 +64,14 @@ void BasePictureIF::Display(unsigned long, unsigned long, CDC&) {}
 
 void BasePictureIF::ClosePictureFile()
 {
-    if (IsPictureFileOpen())
-        file_.Close();
     if (record_ != nullptr)
-        record_->Clear();
+        record_->Clear(); // first: the closing of an output can fail
+    if (!IsPictureFileOpen())
+        return;
+    if (IsPictureInputFile())
+        CloseOrForget(file_);
+    else
+        file_.Close();
 }
 
 CString BasePictureIF::PictureFileName() const

@@ -50,6 +50,7 @@ class TYMPAN_API BasePictureIF {
     virtual void Display(unsigned long firstRow, unsigned long lastRow, CDC& dc);
 
     /// Closes the file if it is open, and clears the record in any case.
+    /// \throws CFileException* of an output file whose closing failed; it is closed then, too.
     virtual void ClosePictureFile();
 
     /// The last part of the open file's path; empty when none is open.

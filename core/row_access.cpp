@@ -9,14 +9,15 @@
 
 namespace {
 
+constexpr tympan::FailureRow kFileFailures[] = { { tympan::Caught::File, 0, nullptr } };
+
 // A file that can't tell its length allows what any file may claim.
 bool FileAllows(unsigned int size, CFile& file)
 {
-    static constexpr tympan::FailureRow kNoLength[] = { { tympan::Caught::File, 0, nullptr } };
     if (tympan::MayClaim(size, 0))
         return true;
     std::uint64_t length = 0;
-    tympan::Guarded(tympan::NoTrace(), kNoLength, [&] { length = file.GetLength(); });
+    tympan::Guarded(tympan::NoTrace(), kFileFailures, [&] { length = file.GetLength(); });
     return tympan::MayClaim(size, length);
 }
 
@@ -24,7 +25,8 @@ bool FileAllows(unsigned int size, CFile& file)
 
 PictureFileInterface::~PictureFileInterface()
 {
-    BasePictureIF::ClosePictureFile();
+    // Who wants to know whether an output was closed well closes it before.
+    tympan::Guarded(tympan::NoTrace(), kFileFailures, [&] { BasePictureIF::ClosePictureFile(); });
 }
 
 void PictureFileInterface::StorePictureParams(const PictureParameters* const record)

@@ -20,11 +20,8 @@ std::optional<std::uint64_t> CtLayout::Position(std::uint64_t row, unsigned int 
 
 std::optional<unsigned int> CtLayout::SlotOf(ColorSeparationType separation) const
 {
-    const auto used = std::min<std::size_t>(separations, slots.size());
-    for (unsigned int slot = 0; slot < used; ++slot)
-        if (slots[slot] == separation)
-            return slot;
-    return std::nullopt;
+    const unsigned int slot = record->SlotOf(separation);
+    return slot == PictureParameters::kSlots ? std::nullopt : std::optional(slot);
 }
 
 std::optional<std::uint64_t> CtLayout::PositionOf(std::uint64_t row,

@@ -23,19 +23,17 @@ namespace tympan {
 
 inline constexpr std::uint64_t kCtFirstRow = 2048;
 
-/// The places of a CT picture's bytes, by its record.
+/// The places of a CT picture's bytes, by its record, which has to outlive them. It is made for
+/// each row that is asked for, and so copies no more than it must.
 struct CtLayout {
     std::uint32_t width = 0;       // pixels, and bytes of one separation of a row
     std::uint32_t separations = 0; // as the record counts them
-    std::array<ColorSeparationType, PictureParameters::kSlots> slots{};
+    const PictureParameters* record;
 
-    explicit CtLayout(const PictureParameters& record)
-        : width(CutToWhole<std::uint32_t>(record.WidthInPixels())),
-          separations(record.NumberOfSeparations())
-    {
-        for (unsigned int slot = 0; slot < slots.size(); ++slot)
-            slots[slot] = slot < separations ? record.Separation(slot) : NoSeparation;
-    }
+    explicit CtLayout(const PictureParameters& pictureRecord)
+        : width(CutToWhole<std::uint32_t>(pictureRecord.WidthInPixels())),
+          separations(pictureRecord.NumberOfSeparations()), record(&pictureRecord)
+    {}
 
     std::uint64_t Stride() const { return std::uint64_t{ width } + width % 2; }
 
