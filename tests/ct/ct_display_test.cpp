@@ -181,6 +181,30 @@ TEST(CtPreview, IsTheWholePictureWhateverRowsAreAskedFor)
             }
 }
 
+// A bitmap that no cache holds is drawn past the caches: at odd widths, corrected and not.
+TEST(CtPreview, ALargePictureEqualsTheRule)
+{
+    const Geometry size{ 3001, 1000, 4 };
+    const Picture picture(CtSample{ .width = size.width, .height = size.height });
+    std::array<int, 256> inverted{};
+    for (int ink = 0; ink < 256; ++ink)
+        inverted[static_cast<std::size_t>(ink)] = 255 - ink;
+    int* tables[] = { inverted.data(), inverted.data(), inverted.data(), inverted.data() };
+    const ReadBack plain(
+        picture.object->Display(nullptr, nullptr, AllSeparations, 0, 0, 24, nullptr, false));
+    const ReadBack corrected(
+        picture.object->Display(nullptr, nullptr, AllSeparations, 0, 0, 24, tables, false));
+    for (unsigned int y = 0; y < size.height; y += 37)
+        for (unsigned int x = 0; x < size.width; ++x) {
+            unsigned char pixel[4];
+            for (unsigned int slot = 0; slot < 4; ++slot)
+                pixel[slot] = static_cast<unsigned char>(255 - picture.Byte(x, y, slot));
+            ASSERT_EQ(plain.At(x, y), picture.Colour(x, y)) << x << ' ' << y;
+            ASSERT_EQ(corrected.At(x, y), PictureFileInterface::CalculatePixelAsRGB(pixel))
+                << x << ' ' << y;
+        }
+}
+
 TEST(CtPreview, CorrectsInksByTables)
 {
     std::array<std::array<int, 256>, 4> tables{};
