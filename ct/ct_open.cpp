@@ -26,8 +26,6 @@ CtFileInterface::CtFileInterface()
     InitMembers();
 }
 
-// The interface takes the name by value.
-// NOLINTNEXTLINE(performance-unnecessary-value-param)
 CtFileInterface::CtFileInterface(CString fileName, bool inputFile)
 {
     InitMembers();

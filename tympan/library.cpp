@@ -1,4 +1,5 @@
-// What happens when the library is loaded and unloaded: it tells the platform of itself, and no more.
+// What happens when the library is loaded and unloaded: it tells the platform of itself, and no
+// more.
 #include "platform/module.h"
 
 namespace {
