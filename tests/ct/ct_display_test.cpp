@@ -1,18 +1,19 @@
 // CT pictures on contexts and in bitmaps, pixel by pixel against the colour rule.
 #include "ct/ct_file.h"
 #include "platform/gdi_spans.h"
+#include "support/canvas.h"
 #include "support/ct_samples.h"
 #include "support/temporary_folder.h"
 
 #include <gtest/gtest.h>
 
 #include <array>
-#include <cstring>
 #include <memory>
 #include <random>
 
 namespace {
 
+using tympan::test::Canvas;
 using tympan::test::CtSample;
 using tympan::test::TemporaryFolder;
 using Bytes = std::vector<unsigned char>;
@@ -54,30 +55,7 @@ class Picture {
     Bytes bytes_;
 };
 
-// A bitmap of 24 bits on a context, grey to begin with.
-class Canvas {
-  public:
-    Canvas(int width, int height)
-    {
-        BITMAPINFO info{};
-        info.bmiHeader = { sizeof(BITMAPINFOHEADER), width, -height, 1, 24, BI_RGB, 0, 0, 0, 0, 0 };
-        void* bits = nullptr;
-        dc.Attach(CreateCompatibleDC(nullptr));
-        bitmap_ = CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
-        std::memset(bits, 0x5A,
-                    static_cast<std::size_t>(height) *
-                        static_cast<std::size_t>((width * 3 + 3) / 4 * 4));
-        SelectObject(dc.GetSafeHdc(), bitmap_);
-    }
-    ~Canvas() { DeleteObject(bitmap_); }
-
-    CDC dc;
-
-  private:
-    HBITMAP bitmap_;
-};
-
-constexpr COLORREF kUntouched = 0x005A5A5A;
+constexpr COLORREF kUntouched = Canvas::kUntouched;
 
 struct Geometry {
     unsigned int width, height, separations;

@@ -5,6 +5,7 @@
 #include "platform/file_expectations.h"
 #include "platform/gdi_spans.h"
 #include "platform/memory_files.h"
+#include "support/canvas.h"
 #include "support/ct_samples.h"
 
 #include <gtest/gtest.h>
@@ -95,13 +96,7 @@ TEST_F(FailingSample, AReadThatFailsLeavesItsCode)
     unsigned char buffer[100];
     unsigned long offsets[6];
     unsigned int rowsInfo = 0;
-    BITMAPINFO info{};
-    info.bmiHeader = { sizeof(BITMAPINFOHEADER), 16, -16, 1, 24, BI_RGB, 0, 0, 0, 0, 0 };
-    void* bits = nullptr;
-    CDC dc;
-    dc.Attach(CreateCompatibleDC(nullptr));
-    const HBITMAP canvas = CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
-    SelectObject(dc.GetSafeHdc(), canvas);
+    tympan::test::Canvas canvas(16, 16);
 
     const ReadingCase kCases[] = {
         { "one row", 90001,
@@ -120,12 +115,12 @@ TEST_F(FailingSample, AReadThatFailsLeavesItsCode)
           } },
         { "colours on a context", 90030,
           [&](auto& picture) {
-              picture.Display(0, 5, dc);
+              picture.Display(0, 5, canvas.dc);
               return 0UL;
           } },
         { "a plate on a context", 90030,
           [&](auto& picture) {
-              picture.Display(0, 5, &dc, Magenta);
+              picture.Display(0, 5, &canvas.dc, Magenta);
               return 0UL;
           } },
         { "the colour bitmap", 90030,
@@ -161,7 +156,6 @@ TEST_F(FailingSample, AReadThatFailsLeavesItsCode)
             EXPECT_EQ(result, 0U);
             EXPECT_EQ(picture->TraceStatus(), reading.code);
         }
-    DeleteObject(canvas);
 }
 
 TEST_F(FailingSample, AWriteThatFailsReachesTheCaller)

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "ct/ct_file.h"
+#include "support/canvas.h"
 
 #include <vector>
 
@@ -23,17 +24,10 @@ inline void AskEverything(CtFileInterface& picture)
                                    buffer.size(), false);
             picture.ExtractCMYKPixelInfo(row, row);
         }
-    BITMAPINFO info{};
-    info.bmiHeader = { sizeof(BITMAPINFOHEADER), 16, -16, 1, 24, BI_RGB, 0, 0, 0, 0, 0 };
-    void* bits = nullptr;
-    CDC dc;
-    dc.Attach(CreateCompatibleDC(nullptr));
-    const HBITMAP canvas = CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
-    SelectObject(dc.GetSafeHdc(), canvas);
-    picture.Display(0, ~0UL, dc);
-    picture.Display(2, 1, &dc, Black);
-    picture.Display(~0UL, ~0UL, &dc);
-    DeleteObject(canvas);
+    Canvas canvas(16, 16);
+    picture.Display(0, ~0UL, canvas.dc);
+    picture.Display(2, 1, &canvas.dc, Black);
+    picture.Display(~0UL, ~0UL, &canvas.dc);
 }
 
 } // namespace tympan::test

@@ -1,0 +1,259 @@
+// What all subcommands have in common: exit statuses, messages, and outputs that are whole or none.
+#include "tools/command_runner.h"
+#include "tools/ct_pictures.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using namespace tympan::test;
+using testing::HasSubstr;
+
+struct StatusCase {
+    const char* name;
+    std::vector<std::string> arguments; // IN is a good picture, OUT a folder
+    int status;
+    const char* told; // on standard error
+};
+
+void PrintTo(const StatusCase& one, std::ostream* out)
+{
+    *out << one.name;
+}
+
+std::string Filled(std::string argument, const TemporaryFolder& folder)
+{
+    if (argument.rfind("IN", 0) == 0)
+        return folder / "a.ct";
+    if (argument.rfind("OUT", 0) == 0)
+        return folder.Path().string() + argument.substr(3);
+    return argument;
+}
+
+class Status : public testing::TestWithParam<StatusCase> {};
+
+TEST_P(Status, IsTheRightOne)
+{
+    const TemporaryFolder folder;
+    WriteFile(folder / "a.ct", RandomCt(10, 20).File());
+    std::vector<std::string> arguments;
+    for (const std::string& argument : GetParam().arguments)
+        arguments.push_back(Filled(argument, folder));
+    const Outcome outcome = RunCommand(arguments);
+    EXPECT_EQ(outcome.status, GetParam().status) << outcome.err;
+    EXPECT_THAT(outcome.err, HasSubstr(GetParam().told));
+    if (outcome.status != 0) {
+        EXPECT_EQ(folder.Entries(), 1U) << "something was left behind";
+        EXPECT_THAT(outcome.err, testing::StartsWith("tympan: "));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Runs, Status,
+    testing::Values(
+        StatusCase{ "no subcommand", {}, 2, "--help" },
+        StatusCase{ "unknown subcommand", { "show", "IN" }, 2, "show" },
+        StatusCase{ "unknown option", { "info", "IN", "--all" }, 2, "--all" },
+        StatusCase{ "no file", { "info" }, 2, "FILE" },
+        StatusCase{ "good file", { "info", "IN" }, 0, "" },
+        StatusCase{ "no such file", { "info", "OUT/none" }, 1, "No such file" },
+        StatusCase{ "a device is no picture", { "info", "/dev/zero" }, 1, "not a plain file" },
+        StatusCase{ "format that no build has", { "info", "IN", "--as", "gif" }, 2, "gif" },
+        StatusCase{ "format that this build lacks", { "info", "IN", "--as", "page" }, 2, "page" },
+        StatusCase{ "no output", { "preview", "IN" }, 2, "--output" },
+        StatusCase{ "preview of another kind", { "preview", "IN", "-o", "OUT/a.gif" }, 2, ".png" },
+        StatusCase{ "ending in capitals", { "preview", "IN", "-o", "OUT/a.PNG" }, 0, "" },
+        StatusCase{ "grey without a separation",
+                    { "preview", "IN", "-o", "OUT/a.png", "--gray" },
+                    2,
+                    "--separation" },
+        StatusCase{ "separation of no name",
+                    { "preview", "IN", "-o", "OUT/a.png", "--separation", "red" },
+                    2,
+                    "red" },
+        StatusCase{ "separation number 4",
+                    { "rows", "IN", "-o", "OUT/a.raw", "--separation", "4" },
+                    2,
+                    "0 to 3" },
+        StatusCase{ "no separation", { "rows", "IN", "-o", "OUT/a.raw" }, 2, "--separation" },
+        StatusCase{ "rows of another kind",
+                    { "rows", "IN", "-o", "OUT/a.bmp", "--separation", "0" },
+                    2,
+                    ".pgm, .png, .tif" },
+        StatusCase{ "rows beyond the height",
+                    { "preview", "IN", "-o", "OUT/a.png", "--rows", "3:21" },
+                    2,
+                    "20 rows" },
+        StatusCase{ "no rows", { "preview", "IN", "-o", "OUT/a.png", "--rows", "3:3" }, 2, "3:3" },
+        StatusCase{ "rows without a colon",
+                    { "preview", "IN", "-o", "OUT/a.png", "--rows", "3" },
+                    2,
+                    "0:20" },
+        StatusCase{ "rows that are no numbers",
+                    { "preview", "IN", "-o", "OUT/a.png", "--rows", "1:2x" },
+                    2,
+                    "1:2x" },
+        StatusCase{ "rows beyond 32 bits",
+                    { "preview", "IN", "-o", "OUT/a.png", "--rows", "0:4294967297" },
+                    2,
+                    "20 rows" },
+        StatusCase{
+            "fit of nothing", { "preview", "IN", "-o", "OUT/a.png", "--fit", "0" }, 2, "fit" },
+        StatusCase{
+            "enlargement beyond all sense",
+            { "rows", "IN", "-o", "OUT/a.raw", "--separation", "0", "--resolution", "1e300" },
+            2,
+            "--resolution" },
+        StatusCase{ "resolution that is no number",
+                    { "rows", "IN", "-o", "OUT/a.raw", "--separation", "0", "--resolution", "nan" },
+                    1,
+                    "90064" },
+        StatusCase{ "folder that isn't there",
+                    { "preview", "IN", "-o", "OUT/none/a.png" },
+                    1,
+                    "folder must exist" },
+        StatusCase{ "output over the input",
+                    { "rows", "IN", "-o", "OUT/./a.ct", "--separation", "0" },
+                    2,
+                    ".raw" },
+        StatusCase{ "help", { "--help" }, 0, "" },
+        StatusCase{ "help of a subcommand", { "preview", "--help" }, 0, "" }));
+
+TEST(Frame, HelpShowsExamplesAndVersion)
+{
+    EXPECT_THAT(RunCommand({ "--help" }).out, HasSubstr("tympan import photo.jpg -o photo.ct"));
+    for (const char* const subcommand : { "info", "preview", "rows", "import", "export" })
+        EXPECT_THAT(RunCommand({ subcommand, "--help" }).out,
+                    HasSubstr("tympan " + std::string(subcommand) + " "));
+    EXPECT_THAT(RunCommand({ "--version" }).out, testing::MatchesRegex("tympan [0-9.]+\n"));
+}
+
+TEST(Frame, MessagesShowNamesSafely)
+{
+    const Outcome outcome = RunCommand({ "info", "none\xFF\x1B[31m\xC3\xA4%" });
+    EXPECT_EQ(outcome.err, "tympan: none%FF%1B[31m\xC3\xA4%25: No such file or directory\n");
+}
+
+TEST(Frame, OutputIsNeverTheInput)
+{
+    const TemporaryFolder folder;
+    const std::string picture = RandomCt(10, 20).File();
+    WriteFile(folder / "a.png", picture); // a CT file may have any name
+    std::filesystem::create_hard_link(folder / "a.png", folder / "hard.png");
+    std::filesystem::create_symlink("a.png", folder / "soft.png");
+    for (const char* const output : { "a.png", "hard.png", "soft.png" }) {
+        const Outcome outcome = RunCommand({ "preview", folder / "a.png", "-o", folder / output });
+        EXPECT_EQ(outcome.status, 2) << output;
+        EXPECT_THAT(outcome.err, HasSubstr("is the input"));
+        EXPECT_EQ(ReadFile(folder / "a.png"), picture);
+    }
+}
+
+TEST(Frame, OutputReplacesAFileBehindALinkAndNothingElse)
+{
+    const TemporaryFolder folder;
+    WriteFile(folder / "a.ct", RandomCt(10, 20).File());
+    WriteFile(folder / "old.png", "old");
+    std::filesystem::create_symlink("old.png", folder / "link.png");
+    ASSERT_EQ(RunCommand({ "preview", folder / "a.ct", "-o", folder / "link.png" }).status, 0);
+    EXPECT_TRUE(std::filesystem::is_symlink(folder / "link.png"));
+    EXPECT_THAT(ReadFile(folder / "old.png"), HasSubstr("PNG"));
+
+    std::filesystem::create_directory(folder / "folder.png");
+    std::filesystem::create_symlink("/dev/full", folder / "device.png");
+    std::filesystem::create_symlink("none.png", folder / "dangling.png");
+    for (const char* const output : { "folder.png", "device.png", "dangling.png" })
+        EXPECT_EQ(RunCommand({ "preview", folder / "a.ct", "-o", folder / output }).status, 1)
+            << output;
+    EXPECT_TRUE(std::filesystem::is_symlink(folder / "device.png"));
+    EXPECT_EQ(folder.Entries(), 6U);
+}
+
+TEST(Frame, LongNamesCanBeWritten)
+{
+    const TemporaryFolder folder;
+    WriteFile(folder / "a.ct", RandomCt(10, 20).File());
+    const std::string output = folder / (std::string(251, 'n') + ".png");
+    EXPECT_EQ(RunCommand({ "preview", folder / "a.ct", "-o", output }).status, 0);
+    EXPECT_TRUE(std::filesystem::exists(output));
+}
+
+TEST(Frame, FailedWriteLeavesTheOldOutput)
+{
+    const TemporaryFolder folder;
+    WriteFile(folder / "a.ct", RandomCt(300, 300).File());
+    for (const char* const ending : { ".png", ".tif", ".pgm", ".raw" }) {
+        const std::string output = folder / (std::string("old") + ending);
+        WriteFile(output, "old");
+        const Outcome outcome = RunCommand(
+            { "rows", folder / "a.ct", "--separation", "cyan", "-o", output }, { 0, 4096 });
+        EXPECT_EQ(outcome.status, 1) << ending;
+        EXPECT_THAT(outcome.err, HasSubstr(output + ": ")) << ending;
+        EXPECT_EQ(ReadFile(output), "old") << ending;
+    }
+    EXPECT_EQ(folder.Entries(), 5U);
+}
+
+TEST(Frame, FullStandardOutputIsAFailure)
+{
+    const TemporaryFolder folder;
+    WriteFile(folder / "a.ct", RandomCt(10, 20).File());
+    const Outcome outcome =
+        RunProgram("sh", { "-c", R"("$0" info "$1" > /dev/full)", CommandPath(), folder / "a.ct" });
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(outcome.err, HasSubstr("No space left"));
+}
+
+// A picture that takes far longer to preview than the test looks on.
+void WriteEndlessCt(const std::string& path)
+{
+    constexpr std::uint32_t kSide = 30000;
+    const CtPicture picture{ kSide, kSide, 4, 300.0, 300.0, {} };
+    WriteFile(path, picture.Header());
+    std::filesystem::resize_file(path, 2048 + std::uintmax_t{ kSide } * kSide * 4);
+}
+
+bool WaitForEntries(const TemporaryFolder& folder, std::size_t count)
+{
+    for (int tries = 0; tries < 1000; ++tries) {
+        if (folder.Entries() == count)
+            return true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return false;
+}
+
+TEST(Frame, EndingSignalsLeaveNothingBehind)
+{
+    const TemporaryFolder folder;
+    WriteEndlessCt(folder / "a.ct");
+    for (const int signal : { SIGINT, SIGTERM, SIGHUP }) {
+        RunningCommand running({ "preview", folder / "a.ct", "-o", folder / "a.png" });
+        ASSERT_TRUE(WaitForEntries(folder, 2)) << "no output was begun";
+        running.Signal(signal);
+        EXPECT_EQ(running.Wait().status, -signal);
+        EXPECT_EQ(folder.Entries(), 1U);
+    }
+}
+
+TEST(Frame, KilledRunLeavesNoOutputOfThatName)
+{
+    const TemporaryFolder folder;
+    WriteEndlessCt(folder / "a.ct");
+    WriteFile(folder / "a.png", "old");
+    RunningCommand running({ "preview", folder / "a.ct", "-o", folder / "a.png" });
+    ASSERT_TRUE(WaitForEntries(folder, 3)) << "no output was begun";
+    running.Signal(SIGKILL);
+    EXPECT_EQ(running.Wait().status, -SIGKILL);
+    EXPECT_EQ(ReadFile(folder / "a.png"), "old");
+}
+
+} // namespace

@@ -1,0 +1,195 @@
+// `tympan info`: what it tells of good and bad files, as text and as JSON.
+#include "tools/command_runner.h"
+#include "tools/ct_pictures.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace tympan::test;
+using nlohmann::ordered_json;
+using testing::HasSubstr;
+
+std::vector<std::string> KeysOf(const ordered_json& object)
+{
+    std::vector<std::string> keys;
+    for (const auto& [key, value] : object.items())
+        keys.push_back(key);
+    return keys;
+}
+
+// The one object of `info --json FILE`.
+ordered_json InfoOf(const std::string& file, int status)
+{
+    const Outcome outcome = RunCommand({ "info", "--json", file });
+    EXPECT_EQ(outcome.status, status) << outcome.err;
+    const auto array = ordered_json::parse(outcome.out);
+    EXPECT_EQ(array.size(), 1U);
+    return array.at(0);
+}
+
+TEST(Info, JsonOfAPictureHasEveryKey)
+{
+    const TemporaryFolder folder;
+    CtPicture picture = RandomCt(301, 600);
+    picture.resolutionX = 301.0;
+    WriteFile(folder / "a.ct", picture.File());
+    const ordered_json expected = {
+        { "file", folder / "a.ct" },
+        { "format", "CT" },
+        { "file_type", "" },
+        { "width", 301 },
+        { "height", 600 },
+        { "width_in", 1.0 },
+        { "height_in", 2.0 },
+        { "resolution", nullptr },
+        { "resolution_x", 301.0 },
+        { "resolution_y", 300.0 },
+        { "separations", { "cyan", "magenta", "yellow", "black" } },
+        { "bits_per_sample", 8 },
+        { "row_size", 301 },
+        { "nlw", false },
+    };
+    EXPECT_EQ(InfoOf(folder / "a.ct", 0).dump(), expected.dump());
+}
+
+TEST(Info, JsonTellsTypeFlagAndOneSeparation)
+{
+    const TemporaryFolder folder;
+    std::string file = RandomCt(300, 300, 1).File();
+    file[2] = 2;
+    file.replace(80, 2, "C\xFE");
+    WriteFile(folder / "a.ct", file);
+    const ordered_json info = InfoOf(folder / "a.ct", 0);
+    EXPECT_EQ(info.at("nlw"), true);
+    EXPECT_EQ(info.at("file_type"), "C\xEF\xBF\xBD");
+    EXPECT_EQ(info.at("separations"), ordered_json::array({ "cyan" }));
+    EXPECT_EQ(info.at("bits_per_sample"), 8);
+    EXPECT_EQ(info.at("resolution"), 300.0);
+}
+
+TEST(Info, NumbersThatAreNotFiniteAreNull)
+{
+    const TemporaryFolder folder;
+    std::string file = RandomCt(10, 10).File();
+    file.replace(1028, 14, "+.00000000E+00");
+    WriteFile(folder / "a.ct", file);
+    const ordered_json info = InfoOf(folder / "a.ct", 0);
+    EXPECT_TRUE(info.at("resolution_y").is_null());
+    EXPECT_TRUE(info.at("resolution").is_null());
+    EXPECT_EQ(info.at("height_in"), 0.0);
+}
+
+struct BadFile {
+    const char* name;
+    std::string bytes;
+    std::vector<std::string> keys;
+    ordered_json code;
+};
+
+void PrintTo(const BadFile& one, std::ostream* out)
+{
+    *out << one.name;
+}
+
+class InfoOfBadFile : public testing::TestWithParam<BadFile> {};
+
+std::string HeaderWith(std::size_t offset, const std::string& bytes)
+{
+    std::string header = RandomCt(10, 10).Header();
+    return header.replace(offset, bytes.size(), bytes);
+}
+
+TEST_P(InfoOfBadFile, TellsErrorAndCode)
+{
+    const TemporaryFolder folder;
+    WriteFile(folder / "bad.ct", GetParam().bytes);
+    const ordered_json info = InfoOf(folder / "bad.ct", 1);
+    EXPECT_EQ(KeysOf(info), GetParam().keys);
+    EXPECT_EQ(info.at("code"), GetParam().code);
+    EXPECT_FALSE(info.at("error").get<std::string>().empty());
+}
+
+const std::vector<std::string> kRefused{ "file", "format", "error", "code" };
+const std::vector<std::string> kUnknown{ "file", "error", "code" };
+const std::vector<std::string> kAll{
+    "file",      "format",     "file_type",    "width",        "height",      "width_in",
+    "height_in", "resolution", "resolution_x", "resolution_y", "separations", "bits_per_sample",
+    "row_size",  "nlw",        "error",        "code"
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    Files, InfoOfBadFile,
+    testing::Values(BadFile{ "an empty file has no separations", "", kRefused, 90066 },
+                    BadFile{ "zeros have no separations", std::string(4000, '\0'), kRefused,
+                             90066 },
+                    BadFile{ "three separations", HeaderWith(1025, { 3, 0, 7 }), kRefused, 90066 },
+                    BadFile{ "four separations but a mask of one", HeaderWith(1025, { 4, 0, 1 }),
+                             kUnknown, nullptr },
+                    BadFile{ "rows wider than file and free memory",
+                             HeaderWith(1068, "+02147483647"), kAll, 0 }));
+
+TEST(Info, FileNamesOfOtherCharactersAreTold)
+{
+    const TemporaryFolder folder;
+    const std::string name = folder / "a\xFF%\n.ct";
+    WriteFile(name, RandomCt(10, 10).File());
+    const ordered_json info = InfoOf(name, 0);
+    EXPECT_THAT(info.at("file"), HasSubstr("a\xEF\xBF\xBD%\n.ct"));
+    EXPECT_THAT(info.at("file_raw"), HasSubstr("/a%FF%25%0A.ct"));
+}
+
+TEST(Info, JsonIsAsciiAndUtf8NamesHaveNoRawForm)
+{
+    const TemporaryFolder folder;
+    const std::string name = folder / "\xC3\xA4.ct";
+    WriteFile(name, RandomCt(10, 10).File());
+    const Outcome outcome = RunCommand({ "info", "--json", name });
+    EXPECT_THAT(outcome.out, HasSubstr("\\u00e4.ct"));
+    EXPECT_EQ(outcome.out.find("file_raw"), std::string::npos);
+}
+
+TEST(Info, AllFilesAreToldWhenOneFails)
+{
+    const TemporaryFolder folder;
+    WriteFile(folder / "good.ct", RandomCt(10, 10).File());
+    const Outcome outcome = RunCommand(
+        { "info", "--json", folder / "none.ct", folder / "good.ct", folder.Path().string() });
+    EXPECT_EQ(outcome.status, 1);
+    const auto array = ordered_json::parse(outcome.out);
+    ASSERT_EQ(array.size(), 3U);
+    EXPECT_TRUE(array[0].at("code").is_null());
+    EXPECT_EQ(array[1].at("width"), 10);
+    EXPECT_TRUE(array[2].contains("error"));
+    EXPECT_THAT(outcome.err, HasSubstr("tympan: " + (folder / "none.ct") + ": No such file"));
+    EXPECT_THAT(outcome.err, HasSubstr("tympan: " + folder.Path().string() + ": is a folder"));
+}
+
+TEST(Info, TextIsForPeople)
+{
+    const TemporaryFolder folder;
+    CtPicture picture = RandomCt(300, 600);
+    WriteFile(folder / "a.ct", picture.File());
+    const Outcome outcome = RunCommand({ "info", folder / "a.ct" });
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.err, "");
+    for (const char* const part :
+         { "Format        CT\n", "300 x 600 pixels\n", "1 x 2 inches\n", "25.4 x 50.8 mm\n",
+           "300 pixels per inch\n", "cyan, magenta, yellow, black\n", "8 bits\n" })
+        EXPECT_THAT(outcome.out, HasSubstr(part));
+}
+
+TEST(Info, FormatCanBeNamed)
+{
+    const TemporaryFolder folder;
+    WriteFile(folder / "bad.ct", HeaderWith(1025, { 4, 0, 1 })); // which the formats' tests refuse
+    const Outcome outcome = RunCommand({ "info", "--json", "--as", "ct", folder / "bad.ct" });
+    EXPECT_EQ(ordered_json::parse(outcome.out).at(0).at("format"), "CT");
+}
+
+} // namespace

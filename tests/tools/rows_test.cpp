@@ -1,0 +1,214 @@
+// `tympan rows`: one separation in each kind of file, as stored and enlarged.
+#include "tools/command_runner.h"
+#include "tools/ct_pictures.h"
+#include "tools/png_pictures.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <tiffio.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace tympan::test;
+using testing::HasSubstr;
+
+// The bytes of the rows that a command with these options writes to a file of this ending.
+std::string RowsOf(const CtPicture& picture, const std::string& ending,
+                   std::vector<std::string> options)
+{
+    const TemporaryFolder folder;
+    WriteFile(folder / "a.ct", picture.File());
+    options.insert(options.begin(), { "rows", folder / "a.ct", "-o", folder / ("rows" + ending) });
+    const Outcome outcome = RunCommand(options);
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    EXPECT_EQ(outcome.err, "");
+    return ReadFile(folder / ("rows" + ending));
+}
+
+std::string StoredRows(const CtPicture& picture, std::uint32_t plate, std::uint32_t first,
+                       std::uint32_t end)
+{
+    std::string rows;
+    for (std::uint32_t row = first; row < end; ++row)
+        rows += picture.Row(row, plate);
+    return rows;
+}
+
+TEST(Rows, RawFileIsTheBytes)
+{
+    const CtPicture picture = RandomCt(33, 20);
+    for (std::uint32_t plate = 0; plate < 4; ++plate)
+        EXPECT_EQ(RowsOf(picture, ".raw", { "--separation", std::to_string(plate) }),
+                  StoredRows(picture, plate, 0, 20));
+    EXPECT_EQ(RowsOf(picture, ".raw", { "--separation", "magenta", "--rows", "3:7" }),
+              StoredRows(picture, 1, 3, 7));
+}
+
+TEST(Rows, MoreThanOneBandOfRowsIsWhole)
+{
+    const CtPicture picture = RandomCt(5001, 900, 1);
+    EXPECT_EQ(RowsOf(picture, ".raw", { "--separation", "cyan" }), StoredRows(picture, 0, 0, 900));
+}
+
+TEST(Rows, PgmFile)
+{
+    const CtPicture picture = RandomCt(33, 20);
+    EXPECT_EQ(RowsOf(picture, ".pgm", { "--separation", "black" }),
+              "P5\n33 20\n255\n" + StoredRows(picture, 3, 0, 20));
+}
+
+TEST(Rows, PngFileIsGreyWithResolution)
+{
+    const TemporaryFolder folder;
+    const CtPicture picture = RandomCt(300, 600);
+    WriteFile(folder / "a.png", RowsOf(picture, ".png", { "--separation", "yellow" }));
+    const PngPicture png = ReadPng(folder / "a.png");
+    EXPECT_EQ(png.channels, 1U);
+    EXPECT_EQ(std::string(png.samples.begin(), png.samples.end()), StoredRows(picture, 2, 0, 600));
+    EXPECT_EQ(png.pixelsPerMetreX, 11811U);
+}
+
+struct CloseTiff {
+    void operator()(TIFF* tiff) const { TIFFClose(tiff); }
+};
+
+TEST(Rows, TiffFileIsGreyWithResolution)
+{
+    const TemporaryFolder folder;
+    CtPicture picture = RandomCt(300, 600);
+    picture.resolutionY = 150.0;
+    WriteFile(folder / "a.tif", RowsOf(picture, ".tif", { "--separation", "cyan" }));
+    const std::unique_ptr<TIFF, CloseTiff> tiff(TIFFOpen((folder / "a.tif").c_str(), "r"));
+    ASSERT_NE(tiff, nullptr);
+    std::uint16_t photometric = 0;
+    float x = 0;
+    float y = 0;
+    TIFFGetField(tiff.get(), TIFFTAG_PHOTOMETRIC, &photometric);
+    TIFFGetField(tiff.get(), TIFFTAG_XRESOLUTION, &x);
+    TIFFGetField(tiff.get(), TIFFTAG_YRESOLUTION, &y);
+    EXPECT_EQ(photometric, PHOTOMETRIC_MINISBLACK);
+    EXPECT_EQ(x, 300.0F);
+    EXPECT_EQ(y, 150.0F);
+    ASSERT_EQ(TIFFScanlineSize(tiff.get()), 300);
+    std::string row(300, '\0');
+    for (std::uint32_t i = 0; i < 600; ++i) {
+        ASSERT_EQ(TIFFReadScanline(tiff.get(), row.data(), i, 0), 1);
+        ASSERT_EQ(row, picture.Row(i, 0)) << i;
+    }
+}
+
+struct EnlargedCase {
+    const char* resolution;
+    std::uint32_t width, height; // of 300 x 150 pixels at 300 to the inch
+};
+
+void PrintTo(const EnlargedCase& one, std::ostream* out)
+{
+    *out << one.resolution;
+}
+
+class EnlargedRows : public testing::TestWithParam<EnlargedCase> {};
+
+TEST_P(EnlargedRows, RepeatPixels)
+{
+    const auto [resolution, width, height] = GetParam();
+    const CtPicture picture = RandomCt(300, 150, 1);
+    const std::string pgm =
+        RowsOf(picture, ".pgm", { "--separation", "0", "--resolution", resolution });
+    const std::string start =
+        "P5\n" + std::to_string(width) + " " + std::to_string(height) + "\n255\n";
+    ASSERT_EQ(pgm.substr(0, start.size()), start);
+    ASSERT_EQ(pgm.size(), start.size() + std::size_t{ width } * height);
+    for (std::uint32_t row = 0; row < height; ++row)
+        for (std::uint32_t column = 0; column < width; ++column)
+            ASSERT_EQ(
+                static_cast<std::uint8_t>(pgm[start.size() + std::size_t{ row } * width + column]),
+                picture.At(column * 300 / width, row * 150 / height, 0))
+                << column << ", " << row;
+}
+
+INSTANTIATE_TEST_SUITE_P(Resolutions, EnlargedRows,
+                         testing::Values(EnlargedCase{ "300", 300, 150 },
+                                         EnlargedCase{ "600", 600, 300 },
+                                         EnlargedCase{ "2400", 2400, 1200 }));
+
+TEST(Rows, EnlargedRangeIsTheSameRowsOfTheEnlargedWhole)
+{
+    const CtPicture picture = RandomCt(300, 210, 1);
+    const auto enlarged = [&](const std::string& rows) {
+        return RowsOf(picture, ".raw",
+                      { "--separation", "0", "--resolution", "700", "--rows", rows });
+    };
+    EXPECT_EQ(enlarged("0:40") + enlarged("40:41") + enlarged("41:210"), enlarged("0:210"));
+}
+
+// Sizes in a header have eight digits, so that 300 pixels per inch may come out a little below.
+// Rows enlarged by so little would show all pixels one column further.
+TEST(Rows, TheResolutionThatTheHeaderMeansIsTheFilesOwn)
+{
+    CtPicture picture = RandomCt(300, 30, 1);
+    picture.resolutionX = picture.resolutionY = 299.99995;
+    EXPECT_EQ(RowsOf(picture, ".raw", { "--separation", "0", "--resolution", "300" }),
+              StoredRows(picture, 0, 0, 30));
+}
+
+TEST(Rows, LowerResolutionIsTheLibrarysRefusal)
+{
+    const TemporaryFolder folder;
+    WriteFile(folder / "a.ct", RandomCt(300, 300).File());
+    const Outcome outcome = RunCommand({ "rows", folder / "a.ct", "--separation", "cyan", "-o",
+                                         folder / "a.raw", "--resolution", "299" });
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(outcome.err,
+                HasSubstr("Output Res requested smaller than Input Res. (code 90064)"));
+    EXPECT_THAT(outcome.err, HasSubstr("300"));
+    EXPECT_EQ(folder.Entries(), 1U);
+}
+
+TEST(Rows, MissingRowLeavesNoOutput)
+{
+    const TemporaryFolder folder;
+    const CtPicture picture = RandomCt(10, 20);
+    WriteFile(folder / "cut.ct", picture.File().substr(0, 2048 + 12 * 40 + 39));
+    for (const char* const separation : { "cyan", "black" }) {
+        const Outcome outcome = RunCommand(
+            { "rows", folder / "cut.ct", "--separation", separation, "-o", folder / "a.raw" });
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_THAT(outcome.err, HasSubstr("row 12 of 20 is the first that is missing"));
+        EXPECT_EQ(folder.Entries(), 1U);
+    }
+    const Outcome held = RunCommand({ "rows", folder / "cut.ct", "--separation", "black", "-o",
+                                      folder / "a.raw", "--rows", "0:12" });
+    EXPECT_EQ(held.status, 0) << held.err;
+    EXPECT_EQ(ReadFile(folder / "a.raw"), StoredRows(picture, 3, 0, 12));
+}
+
+TEST(Rows, RowsOfAllValuesAreSeenToBeThere)
+{
+    // Whether a row is there is told by what reading leaves alone: bytes equal to either fill
+    // count.
+    for (const std::uint8_t value : { std::uint8_t{ 0 }, std::uint8_t{ 255 } }) {
+        CtPicture picture = RandomCt(9, 5);
+        picture.bytes.assign(picture.bytes.size(), value);
+        EXPECT_EQ(RowsOf(picture, ".raw", { "--separation", "3" }).size(), 45U);
+    }
+}
+
+TEST(Rows, SeparationThatIsNotThereIsTold)
+{
+    const TemporaryFolder folder;
+    WriteFile(folder / "a.ct", RandomCt(10, 10, 1).File());
+    const Outcome outcome =
+        RunCommand({ "rows", folder / "a.ct", "--separation", "black", "-o", folder / "a.raw" });
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_THAT(outcome.err, HasSubstr("has no separation black"));
+    EXPECT_THAT(outcome.err, HasSubstr("cyan"));
+}
+
+} // namespace

@@ -1,0 +1,87 @@
+// The command: reads the options, runs one subcommand and tells what became of it.
+#include "command.h"
+#include "failure.h"
+#include "names.h"
+#include "output_file.h"
+
+#include <tympan/tympan.h>
+
+#include <array>
+#include <iostream>
+#include <new>
+
+namespace {
+
+using tympan::tool::ExitStatus;
+
+constexpr std::array kSubcommands{
+    tympan::tool::AddInfo,   tympan::tool::AddPreview, tympan::tool::AddRows,
+    tympan::tool::AddImport, tympan::tool::AddExport,
+};
+
+constexpr char kFooter[] = R"(Examples:
+  tympan import photo.jpg -o photo.ct
+  tympan info photo.ct
+  tympan preview photo.ct -o photo.png --fit 1200
+  tympan rows photo.ct --separation cyan -o cyan.tif
+  tympan export photo.ct -o photo.tif
+
+Exit status: 0 fine, 1 a file failed, 2 wrong usage.
+`tympan SUBCOMMAND --help` tells more.)";
+
+void Declare(CLI::App& app)
+{
+    app.name("tympan");
+    app.require_subcommand(0, 1); // that one is missing is told by Run, after unknown words
+    app.set_version_flag("--version", std::string("tympan ") + tympan::Version());
+    app.footer(kFooter);
+    for (const auto& add : kSubcommands)
+        add(app);
+}
+
+ExitStatus TellWrongUsage(const char* text)
+{
+    std::cerr << "tympan: " << tympan::tool::Shown(text)
+              << "\n  `tympan --help` and `tympan SUBCOMMAND --help` tell how it is used.\n";
+    return ExitStatus::WrongUsage;
+}
+
+ExitStatus Run(int argc, char** argv)
+{
+    CLI::App app("Reads, shows and converts the picture files of prepress work.");
+    try {
+        Declare(app);
+        app.parse(argc, argv);
+        if (app.get_subcommands().empty())
+            return TellWrongUsage("name a subcommand: info, preview, rows, import or export");
+        return ExitStatus::Fine;
+    } catch (const CLI::Success& asked) { // --help and --version
+        app.exit(asked);
+        std::cout.flush();
+        return std::cout ? ExitStatus::Fine : ExitStatus::FileFailed;
+    } catch (const CLI::Error& failure) {
+        return TellWrongUsage(failure.what());
+    } catch (const tympan::tool::UsageFailure& failure) {
+        return TellWrongUsage(failure.what());
+    } catch (const tympan::tool::FileFailure& failure) {
+        tympan::tool::Report(failure);
+    } catch (const tympan::tool::FailuresReported&) { // NOLINT(bugprone-empty-catch)
+    } catch (const std::bad_alloc&) {
+        std::cerr << "tympan: not enough memory\n";
+    } catch (const std::exception& failure) {
+        std::cerr << "tympan: " << tympan::tool::Shown(failure.what()) << '\n';
+    }
+    return ExitStatus::FileFailed;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    try {
+        tympan::tool::HandleEndingSignals();
+        return static_cast<int>(Run(argc, argv));
+    } catch (...) {
+        return static_cast<int>(ExitStatus::FileFailed);
+    }
+}

@@ -1,0 +1,201 @@
+#include "output_file.h"
+
+#include "failure.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <filesystem>
+#include <random>
+#include <system_error>
+
+namespace tympan::tool {
+
+namespace {
+
+constexpr std::array kEndingSignals{ SIGHUP, SIGINT, SIGTERM };
+
+// The name that a signal's handler removes, or null.
+std::atomic<const char*> unfinished{ nullptr };
+static_assert(std::atomic<const char*>::is_always_lock_free);
+
+extern "C" void RemoveUnfinishedAndEnd(int signal)
+{
+    if (const char* const path = unfinished.load())
+        unlink(path);
+    raise(signal); // by now its default action, which comes when this returns
+}
+
+// Holds the ending signals back while name and file come or go together.
+class SignalsHeld {
+  public:
+    SignalsHeld()
+    {
+        sigset_t held;
+        sigemptyset(&held);
+        for (const int signal : kEndingSignals)
+            sigaddset(&held, signal);
+        sigprocmask(SIG_BLOCK, &held, &before_);
+    }
+    SignalsHeld(const SignalsHeld&) = delete;
+    SignalsHeld& operator=(const SignalsHeld&) = delete;
+    ~SignalsHeld() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
+
+  private:
+    sigset_t before_{};
+};
+
+void RememberForSignals(const std::string& path)
+{
+    const char* none = nullptr;
+    unfinished.compare_exchange_strong(none, path.c_str());
+}
+
+void ForgetForSignals(const std::string& path)
+{
+    const char* mine = path.c_str();
+    unfinished.compare_exchange_strong(mine, nullptr);
+}
+
+void RequireOtherFile(const std::string& output, const struct stat& there, const std::string& input)
+{
+    struct stat read {};
+    if (stat(input.c_str(), &read) == 0 && read.st_dev == there.st_dev &&
+        read.st_ino == there.st_ino)
+        throw UsageFailure(output + ": the output is the input file; give it another name");
+}
+
+// What stands at the output's place must be a plain file that the person may write: renaming would
+// replace anything.
+void RequireReplaceable(const std::string& path, const std::string& input)
+{
+    struct stat there {};
+    if (stat(path.c_str(), &there) != 0) {
+        if (errno == ENOENT)
+            return;
+        throw SystemFailure(path, errno);
+    }
+    if (S_ISDIR(there.st_mode))
+        throw FileFailure(path, "is a folder", {}, "Give the name of a file in it.");
+    if (!S_ISREG(there.st_mode))
+        throw FileFailure(path, "is not a plain file", {},
+                          "Outputs take their name when they are whole, so only a plain file can "
+                          "be one.");
+    RequireOtherFile(path, there, input);
+    if (access(path.c_str(), W_OK) != 0)
+        throw SystemFailure(path, errno, "The file that is there is protected against writing.");
+}
+
+// Where symbolic links lead, so that the link stays and its file is replaced.
+std::string BehindLinks(const std::string& path)
+{
+    std::error_code error;
+    if (!std::filesystem::is_symlink(path, error))
+        return path;
+    const std::filesystem::path target = std::filesystem::canonical(path, error);
+    if (error)
+        throw FileFailure(path, "a symbolic link to: " + error.message());
+    return target.string();
+}
+
+// A name in the same folder, short whatever the output's name is.
+std::string TemporaryName(const std::string& target)
+{
+    static std::random_device random;
+    constexpr char kDigits[] = "0123456789abcdefghijklmnopqrstuv";
+    std::string name = ".tympan-";
+    for (int digit = 0; digit < 10; ++digit)
+        name += kDigits[random() % 32];
+    return target.substr(0, target.rfind('/') + 1) + name;
+}
+
+int MakeNew(const std::string& path)
+{
+    return open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+}
+
+void Synchronise(const std::string& path, const std::string& shownPath)
+{
+    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    const int error = file < 0 || fsync(file) != 0 ? errno : 0;
+    if (file >= 0)
+        close(file);
+    if (error != 0)
+        throw SystemFailure(shownPath, error);
+}
+
+// Some file systems refuse this for folders; the output is whole and named all the same.
+void SynchroniseFolder(const std::string& path)
+{
+    const std::string folder = path.substr(0, path.rfind('/') + 1);
+    const int handle =
+        open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (handle < 0)
+        return;
+    fsync(handle);
+    close(handle);
+}
+
+} // namespace
+
+OutputFile::OutputFile(const std::string& path, const std::string& input) : path_(path)
+{
+    RequireReplaceable(path, input);
+    target_ = BehindLinks(path);
+    const SignalsHeld held;
+    int file = -1;
+    do {
+        writingPath_ = TemporaryName(target_);
+        file = MakeNew(writingPath_);
+    } while (file < 0 && errno == EEXIST);
+    if (file < 0)
+        throw SystemFailure(path, errno,
+                            "The folder must exist and you must be able to write in "
+                            "it.");
+    close(file);
+    RememberForSignals(writingPath_);
+}
+
+OutputFile::~OutputFile()
+{
+    const SignalsHeld held;
+    ForgetForSignals(writingPath_);
+    if (!committed_)
+        unlink(writingPath_.c_str());
+}
+
+void OutputFile::Commit()
+{
+    Synchronise(writingPath_, path_);
+    {
+        const SignalsHeld held;
+        if (std::rename(writingPath_.c_str(), target_.c_str()) != 0)
+            throw SystemFailure(path_, errno);
+        committed_ = true;
+        ForgetForSignals(writingPath_);
+    }
+    SynchroniseFolder(target_);
+}
+
+void HandleEndingSignals()
+{
+    for (const int signal : kEndingSignals) {
+        struct sigaction before {};
+        sigaction(signal, nullptr, &before);
+        if (before.sa_handler == SIG_IGN)
+            continue; // as nohup wants it
+        struct sigaction handling {};
+        handling.sa_handler = RemoveUnfinishedAndEnd;
+        handling.sa_flags = static_cast<int>(SA_RESETHAND);
+        sigaction(signal, &handling, nullptr);
+    }
+    std::signal(SIGXFSZ, SIG_IGN);
+}
+
+} // namespace tympan::tool

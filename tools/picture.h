@@ -1,0 +1,80 @@
+// Opening a picture for a subcommand, with a message that helps when that fails.
+#pragma once
+
+#include "failure.h"
+
+#include <tympan/inspect.h>
+#include <tympan/tympan.h>
+
+#include <CLI/CLI.hpp>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace tympan::tool {
+
+/// A picture object on a file that took it.
+class Picture {
+  public:
+    Picture(std::string path, OpenedPicture opened);
+
+    const std::string& Path() const { return path_; }
+    /// As in `FormatNames()`.
+    std::string_view Format() const { return opened_.format; }
+    BasePictureIF& Object() const { return *opened_.picture; }
+    /// \throws FileFailure for a file without rows.
+    PictureFileInterface& Rows() const;
+    /// Null for a picture of another format.
+    CtFileInterface* AsCt() const;
+
+    std::uint32_t Width() const;
+    std::uint32_t Height() const;
+
+    /// The failure that the last operation left, by its code and text.
+    FileFailure Failure(const std::string& advice = {}) const;
+    /// \throws Failure() when an operation since the opening left a code.
+    void RequireNoFailure() const;
+
+  private:
+    std::string path_;
+    OpenedPicture opened_;
+};
+
+/// What became of an opening: the object, if one was made, and the failure, if the file wasn't
+/// taken.
+struct Opening {
+    OpenedPicture opened;
+    std::optional<FileFailure> failure;
+};
+
+/// \param asFormat a value of `--as`; empty to ask the formats
+/// \throws UsageFailure for a format that this build doesn't read.
+Opening TryOpenPicture(const std::string& path, const std::string& asFormat);
+
+/// \throws UsageFailure as above; FileFailure when the file isn't taken.
+Picture OpenPicture(const std::string& path, const std::string& asFormat);
+
+/// Declares `--as`, which takes the same values in every build.
+void AddAsOption(CLI::App& command, std::string& asFormat);
+
+/// Whether a resolution read from a header is the one that was meant. The header holds sizes of
+/// eight digits, and the library cuts what it works out of them to four decimals.
+bool IsSameResolution(double read, double meant);
+
+/// \throws FileFailure for a picture without a pixel.
+void RequirePixels(const Picture& picture);
+
+/// The first row, of all that the header claims, that the file doesn't hold whole; nothing when it
+/// holds them all, or the picture isn't a CT. For each row all separations must be there; padding
+/// behind the last needn't. \throws FileFailure when the file can't be read.
+std::optional<std::uint32_t> FirstMissingRow(const Picture& picture);
+
+/// The failure of a file that ends before its rows do.
+FileFailure MissingRowFailure(const std::string& path, std::uint32_t firstMissing,
+                              std::uint32_t height);
+
+/// \throws MissingRowFailure when a row before `endRow` is missing.
+void RequireRows(const Picture& picture, std::uint32_t endRow);
+
+} // namespace tympan::tool

@@ -1,0 +1,167 @@
+// `tympan preview`: a picture as the screen shows it, as PNG.
+#include "box_average.h"
+#include "command.h"
+#include "failure.h"
+#include "names.h"
+#include "output_file.h"
+#include "picture.h"
+#include "png_file.h"
+#include "preview_bands.h"
+#include "progress.h"
+#include "row_range.h"
+#include "separations.h"
+
+#include <array>
+#include <cstddef>
+#include <limits>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tympan::tool {
+
+namespace {
+
+struct PreviewOptions {
+    std::string file;
+    std::string asFormat;
+    std::string output;
+    std::string separation;
+    bool gray = false;
+    std::string rows;
+    std::uint32_t fit = std::numeric_limits<std::int32_t>::max();
+};
+
+constexpr std::array<std::string_view, 1> kEndings{ ".png" };
+
+// The place of a pixel's byte among blue, green and red that a plate's tint shows the plate in.
+std::size_t ChannelOf(ColorSeparationType separation)
+{
+    constexpr std::array<std::size_t, 4> kChannels{ 2, 1, 0, 0 };
+    return kChannels.at(static_cast<std::size_t>(separation));
+}
+
+// What of each pixel is written, and in which order.
+struct WrittenChannels {
+    PngColour colour;
+    std::vector<std::size_t> channels; // among blue, green and red
+};
+
+WrittenChannels ChannelsFor(const PreviewOptions& options,
+                            std::optional<ColorSeparationType> separation)
+{
+    if (options.gray && separation)
+        return { PngColour::Grey, { ChannelOf(*separation) } };
+    return { PngColour::Rgb, { 2, 1, 0 } };
+}
+
+std::optional<ColorSeparationType> WantedSeparation(const PreviewOptions& options)
+{
+    if (options.separation.empty())
+        return std::nullopt;
+    return ParseSeparation(options.separation);
+}
+
+DrawRows Drawing(const Picture& picture, std::optional<ColorSeparationType> separation)
+{
+    if (!separation)
+        return [&picture](std::uint32_t first, std::uint32_t last, CDC& context) {
+            picture.Object().Display(first, last, context);
+            picture.RequireNoFailure();
+        };
+    CtFileInterface* const ct = picture.AsCt();
+    if (ct == nullptr)
+        throw FileFailure(picture.Path(), "one separation can be shown of CT pictures only");
+    return
+        [&picture, ct, plate = *separation](std::uint32_t first, std::uint32_t last, CDC& context) {
+            ct->Display(first, last, &context, plate);
+            picture.RequireNoFailure();
+        };
+}
+
+WrittenForm FormOf(const Picture& picture, PixelSize shown, PixelSize target)
+{
+    const BasePictureIF& object = picture.Object();
+    return { target.width, target.height,
+             object.ResolutionOnXScanAxis() * target.width / shown.width,
+             object.ResolutionOnScanAxis() * target.height / shown.height };
+}
+
+void WritePreview(const Picture& picture, const PreviewOptions& options, RowRange rows,
+                  const OutputFile& output)
+{
+    const auto separation = WantedSeparation(options);
+    const WrittenChannels written = ChannelsFor(options, separation);
+    const PixelSize shown{ picture.Width(), rows.Count() };
+    const PixelSize target = Fitted(shown, options.fit);
+    PngFile png(output, FormOf(picture, shown, target), written.colour);
+
+    std::vector<std::uint8_t> pngRow(target.width * written.channels.size());
+    BoxAverage average(shown, target, [&](std::span<const std::uint8_t> bgr) {
+        auto sample = pngRow.begin();
+        for (std::size_t pixel = 0; pixel < bgr.size(); pixel += 3)
+            for (const std::size_t channel : written.channels)
+                *sample++ = bgr[pixel + channel];
+        png.Write(pngRow);
+    });
+    Progress progress("Drawing " + picture.Path(), shown.height);
+    DrawInBands({ rows.first, rows.end, shown.width }, Drawing(picture, separation),
+                [&](std::uint32_t row, std::uint32_t column, std::span<const std::uint8_t> pixels) {
+                    average.Add(row - rows.first, column, pixels);
+                    progress.Advance(column == 0 ? 1 : 0);
+                });
+    png.Finish();
+}
+
+void Preview(const PreviewOptions& options)
+{
+    const auto separation = WantedSeparation(options);
+    if (options.gray && !separation)
+        throw UsageFailure("--gray shows one separation: name it with --separation");
+    RequireEnding(options.output, kEndings);
+    const Picture picture = OpenPicture(options.file, options.asFormat);
+    RequirePixels(picture);
+    if (separation)
+        RequireSeparation(options.file, picture.Object(), *separation);
+    const RowRange rows = ParseRows(options.rows, picture.Height());
+
+    const auto missing = FirstMissingRow(picture);
+    if (missing && *missing <= rows.first)
+        throw MissingRowFailure(options.file, *missing, picture.Height());
+    OutputFile output(options.output, options.file);
+    WritePreview(picture, options, rows, output);
+    output.Commit();
+    if (missing && *missing < rows.end) // written, for a person may want to see what is there
+        throw MissingRowFailure(options.file, *missing, picture.Height());
+}
+
+} // namespace
+
+void AddPreview(CLI::App& app)
+{
+    const auto options = std::make_shared<PreviewOptions>();
+    CLI::App& command = *app.add_subcommand("preview", "Write a picture as the screen shows it");
+    command.add_option("FILE", options->file, "The picture")->required();
+    command.add_option("-o,--output", options->output, "The PNG file to write")->required();
+    command.add_option("--separation", options->separation,
+                       "Only this separation, in its tint: cyan, magenta, yellow, black or 0 to 3");
+    command.add_flag("--gray", options->gray, "Show the separation in grey");
+    command.add_option("--rows", options->rows, kRowsHelp);
+    command
+        .add_option("--fit", options->fit,
+                    "Make the longer side at most N pixels, by averaging; never enlarges")
+        ->check(CLI::Range(std::uint32_t{ 1 }, options->fit))
+        ->default_str("");
+    AddAsOption(command, options->asFormat);
+    command.footer(
+        R"(Rows that a cut file doesn't hold are shown without ink, and the exit status is 1.
+With --fit each pixel is the mean of a box of whole pixels, each of which counts once.
+
+Example:
+  tympan preview photo.ct -o photo.png --fit 1200
+  tympan preview photo.ct -o cyan.png --separation cyan --gray --rows 0:500)");
+    command.callback([options] { Guard(options->file, [&] { Preview(*options); }); });
+}
+
+} // namespace tympan::tool

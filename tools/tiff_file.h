@@ -1,0 +1,40 @@
+// A TIFF file of libtiff, open, with what libtiff has to say about it kept instead of printed.
+#pragma once
+
+#include "failure.h"
+
+#include <tiffio.h>
+
+#include <memory>
+#include <string>
+
+namespace tympan::tool {
+
+/// Owns an open TIFF file. Warnings are dropped; the first error's text is kept for `Fail`.
+class TiffFile {
+  public:
+    /// \param mode as TIFFOpen has it: "r", "w", "w8"
+    /// \param shownPath the name for messages
+    /// \throws FileFailure when the file can't be opened.
+    TiffFile(const std::string& path, const char* mode, std::string shownPath);
+    TiffFile(const TiffFile&) = delete;
+    TiffFile& operator=(const TiffFile&) = delete;
+    ~TiffFile();
+
+    TIFF* Handle() const { return handle_; }
+    /// Throws a FileFailure of `whatHappened`, with libtiff's words behind it when it had any.
+    [[noreturn]] void Fail(const std::string& whatHappened) const;
+    /// Writes what is left and closes the file. \throws FileFailure when that failed, or when
+    ///   libtiff has complained about anything before.
+    void CloseWritten();
+
+  private:
+    static int KeepError(TIFF* handle, void* self, const char* module, const char* format,
+                         va_list arguments);
+
+    std::string shownPath_;
+    std::string firstError_;
+    TIFF* handle_ = nullptr;
+};
+
+} // namespace tympan::tool

@@ -1,0 +1,91 @@
+#include "tiff_writer.h"
+
+#include <algorithm>
+#include <cmath>
+#include <string_view>
+
+namespace tympan::tool {
+
+namespace {
+
+constexpr std::uint64_t SamplesOf(TiffColour colour)
+{
+    return colour == TiffColour::CmykInk ? 4 : 1;
+}
+
+// A plain TIFF has places of 32 bits. Compressed rows can be a little longer than plain ones.
+const char* ModeFor(const WrittenForm& form, TiffColour colour)
+{
+    constexpr std::uint64_t kMost = std::uint64_t{ 4000 } << 20U;
+    const std::uint64_t rowBytes = form.width * SamplesOf(colour);
+    return form.height > kMost / std::max<std::uint64_t>(rowBytes, 1) ? "w8" : "w";
+}
+
+std::uint32_t RowsPerStrip(const WrittenForm& form, TiffColour colour)
+{
+    constexpr std::uint64_t kStripBytes = 256U << 10U;
+    const std::uint64_t rowBytes = form.width * SamplesOf(colour);
+    return static_cast<std::uint32_t>(
+        std::max<std::uint64_t>(kStripBytes / std::max<std::uint64_t>(rowBytes, 1), 1));
+}
+
+} // namespace
+
+TiffWriter::TiffWriter(const OutputFile& output, const WrittenForm& form, TiffColour colour)
+    : tiff_(output.WritingPath(), ModeFor(form, colour), output.Path())
+{
+    if (!SetTags(form, colour) || !SetResolution(form))
+        tiff_.Fail("can't be written as TIFF");
+}
+
+bool TiffWriter::SetTags(const WrittenForm& form, TiffColour colour)
+{
+    TIFF* const tiff = tiff_.Handle();
+    const bool inInks = colour == TiffColour::CmykInk;
+    return TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, form.width) == 1 &&
+           TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, form.height) == 1 &&
+           TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 8) == 1 &&
+           TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, static_cast<int>(SamplesOf(colour))) == 1 &&
+           TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC,
+                        inInks ? PHOTOMETRIC_SEPARATED : PHOTOMETRIC_MINISBLACK) == 1 &&
+           TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG) == 1 &&
+           TIFFSetField(tiff, TIFFTAG_COMPRESSION, COMPRESSION_ADOBE_DEFLATE) == 1 &&
+           TIFFSetField(tiff, TIFFTAG_PREDICTOR, PREDICTOR_HORIZONTAL) == 1 &&
+           TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, RowsPerStrip(form, colour)) == 1 &&
+           (!inInks || SetInks());
+}
+
+bool TiffWriter::SetInks()
+{
+    TIFF* const tiff = tiff_.Handle();
+    constexpr std::string_view kNames("Cyan\0Magenta\0Yellow\0Black\0", 26);
+    return TIFFSetField(tiff, TIFFTAG_INKSET, INKSET_CMYK) == 1 &&
+           TIFFSetField(tiff, TIFFTAG_NUMBEROFINKS, 4) == 1 &&
+           TIFFSetField(tiff, TIFFTAG_INKNAMES, static_cast<int>(kNames.size()), kNames.data()) ==
+               1;
+}
+
+bool TiffWriter::SetResolution(const WrittenForm& form)
+{
+    const auto held = [](double perInch) { return std::isfinite(perInch) && perInch > 0.0; };
+    if (!held(form.resolutionX) || !held(form.resolutionY))
+        return true;
+    TIFF* const tiff = tiff_.Handle();
+    return TIFFSetField(tiff, TIFFTAG_XRESOLUTION, form.resolutionX) == 1 &&
+           TIFFSetField(tiff, TIFFTAG_YRESOLUTION, form.resolutionY) == 1 &&
+           TIFFSetField(tiff, TIFFTAG_RESOLUTIONUNIT, RESUNIT_INCH) == 1;
+}
+
+void TiffWriter::Write(std::span<const std::uint8_t> row)
+{
+    row_.assign(row.begin(), row.end()); // libtiff wants bytes that it may change
+    if (TIFFWriteScanline(tiff_.Handle(), row_.data(), nextRow_++, 0) != 1)
+        tiff_.Fail("writing failed");
+}
+
+void TiffWriter::Finish()
+{
+    tiff_.CloseWritten();
+}
+
+} // namespace tympan::tool
