@@ -48,7 +48,7 @@ void Measure(const Comparison& comparison, benchmark::State& state)
     for (auto round : state) {
         static_cast<void>(round);
         limit.push_back(SecondsOf(comparison.limit));
-        library.push_back(SecondsOf(comparison.library));
+        library.push_back(SecondsOf(comparison.measured));
         state.SetIterationTime(library.back());
     }
     state.counters[kLimit] = Median(std::move(limit));
@@ -61,7 +61,7 @@ void Run(const Comparison& comparison, benchmark::State& state)
 {
     try {
         SecondsOf(comparison.limit); // both once for nothing: caches, page tables, clock rate
-        SecondsOf(comparison.library);
+        SecondsOf(comparison.measured);
         Measure(comparison, state);
     } catch (const std::exception& failure) {
         state.SkipWithError(failure.what());
@@ -122,8 +122,8 @@ void FigureReporter::PrintTable() const
     for (const Figure& figure : figures_)
         if (figure.failure.empty())
             std::fprintf(out_, "%-60s %9.2f ms %9.2f ms %6s %6s\n", figure.what.c_str(),
-                         figure.limit * 1e3, figure.library * 1e3,
-                         Ratio(figure.limit / figure.library).c_str(),
+                         figure.limit * 1e3, figure.measured * 1e3,
+                         Ratio(figure.limit / figure.measured).c_str(),
                          Ratio(figure.wanted).c_str());
         else
             std::fprintf(out_, "%-60s failed: %s\n", figure.what.c_str(), figure.failure.c_str());
@@ -139,7 +139,7 @@ void FigureReporter::PrintJson() const
         if (figure.failure.empty())
             std::fprintf(
                 out_, "\"limit_s\": %.9f, \"library_s\": %.9f, \"ratio\": %.4f, \"wanted\": %s }",
-                figure.limit, figure.library, figure.limit / figure.library,
+                figure.limit, figure.measured, figure.limit / figure.measured,
                 figure.wanted ? Ratio(figure.wanted).c_str() : "null");
         else
             std::fprintf(out_, "\"error\": \"%s\" }", figure.failure.c_str());

@@ -21,7 +21,7 @@ struct Contender {
 struct Comparison {
     std::string what;
     Contender limit;
-    Contender library;
+    Contender measured;
     std::optional<double>
         wanted{};    ///< the ratio, limit's time by library's; none is for the record
     int rounds = 31; ///< pairs of runs, of which the median counts
@@ -45,7 +45,7 @@ class FigureReporter : public benchmark::BenchmarkReporter {
     struct Figure {
         std::string what;
         double limit; // seconds
-        double library;
+        double measured;
         std::optional<double> wanted;
         std::string failure; // empty for a figure that stands
     };
