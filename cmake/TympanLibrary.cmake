@@ -17,6 +17,10 @@ if(TYMPAN_BLOCK_SIZE)
     target_compile_definitions(tympan_objects PUBLIC TYMPAN_BLOCK_SIZE=${TYMPAN_BLOCK_SIZE})
 endif()
 
+if(TYMPAN_WITH_LIBTIFF)
+    find_package(TIFF 4.5 REQUIRED) # 4.5 has handlers of errors for each open file
+endif()
+
 # tympan_sources(FILE...): sources of the folder that calls it.
 function(tympan_sources)
     foreach(source IN LISTS ARGN)

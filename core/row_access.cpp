@@ -1,6 +1,6 @@
 #include "core/row_access.h"
 
-#include "core/claims.h"
+#include "platform/claims.h"
 #include "core/failure_guard.h"
 #include "core/failures.h"
 

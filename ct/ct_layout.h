@@ -5,7 +5,6 @@
 #pragma once
 
 #include "core/block_size.h"
-#include "core/claims.h"
 #include "core/picture_parameters.h"
 #include "core/pixel_colour.h"
 #include "core/whole_numbers.h"

@@ -1,0 +1,669 @@
+// The TIFF library: every layout gives the same rows in any order, and no file harms.
+#include "platform/file.h"
+#include "platform/path_resolver.h"
+#include "platform/tiff_library.h"
+#include "platform/tiff_samples.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstddef>
+#include <cstdlib>
+#include <memory>
+#include <numeric>
+#include <optional>
+#include <random>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+namespace tympan::test {
+
+namespace {
+
+using ::testing::HasSubstr;
+
+struct CloseTiff {
+    void operator()(tiff* file) const { TiffClose(file); }
+};
+using OpenedTiff = std::unique_ptr<tiff, CloseTiff>;
+
+OpenedTiff OpenTiffFile(const char* path = "a.tif")
+{
+    return OpenedTiff(TiffOpen(path, "r"));
+}
+
+// A row, nothing when it can't be read.
+std::optional<Bytes> ReadRow(tiff* file, std::uint32_t row)
+{
+    Bytes bytes(static_cast<std::size_t>(TiffScanlineSize(file)), std::byte{ 0xA5 });
+    const int result = TiffReadScanline(file, bytes.data(), row, 0);
+    EXPECT_TRUE(result == 1 || result == -1) << result;
+    return result == 1 ? std::optional(bytes) : std::nullopt;
+}
+
+// The distance of the two samples of 8 bits that differ most; 256 for rows of different length.
+int Distance(const Bytes& left, const Bytes& right)
+{
+    if (left.size() != right.size())
+        return 256;
+    return std::inner_product(
+        left.begin(), left.end(), right.begin(), 0, [](int a, int b) { return std::max(a, b); },
+        [](std::byte a, std::byte b) {
+            return std::abs(static_cast<int>(a) - static_cast<int>(b));
+        });
+}
+
+enum class Order { forwards, backwards, mixed };
+
+std::vector<std::uint32_t> RowNumbers(std::uint32_t length, Order order)
+{
+    std::vector<std::uint32_t> rows(length);
+    std::iota(rows.begin(), rows.end(), 0U);
+    if (order == Order::backwards)
+        std::reverse(rows.begin(), rows.end());
+    if (order == Order::mixed)
+        std::shuffle(rows.begin(), rows.end(),
+                     std::mt19937(1)); // NOLINT(cert-msc51-cpp): repeatable
+    return rows;
+}
+
+class TiffLibraryTest : public ::testing::Test {
+  protected:
+    ~TiffLibraryTest() override
+    {
+        EXPECT_EQ(files_.OpenCount(), 0U);
+        EXPECT_EQ(ProcessHandlers::CallCount(), 0);
+        EXPECT_TRUE(ProcessHandlers::AreInPlace());
+    }
+
+    void Put(const TiffLayout& layout) { files_.Put("a.tif", MakeTiff(layout)); }
+
+    MemoryFileSystem files_;
+    ScopedFileSystem scope_{ files_ };
+    ProcessHandlers handlers_;
+};
+
+struct LayoutCase {
+    const char* name = nullptr;
+    TiffLayout layout;
+    int distance = 0; // that lossy compression may move a sample
+};
+
+const LayoutCase kLayouts[] = {
+    { "strips of some rows", {} },
+    { "one row for each strip", { .stripRows = 1 } },
+    { "an odd count of rows for each strip", { .stripRows = 7 } },
+    { "one strip for all", { .stripRows = 29 } },
+    { "one grey sample", { .samples = 1, .photometric = kBlackIsZero } },
+    { "seven inks", { .samples = 7, .photometric = kSeparated } },
+    { "16 bits", { .bits = 16 } },
+    { "16 bits of a big-endian file", { .bits = 16, .mode = "wb" } },
+    { "BigTIFF", { .compression = kLzw, .mode = "w8" } },
+    { "big-endian BigTIFF", { .bits = 16, .compression = kDeflate, .mode = "wb8" } },
+    { "4 bits", { .samples = 1, .bits = 4, .photometric = kBlackIsZero } },
+    { "12 bits", { .samples = 3, .bits = 12, .photometric = kRgb } },
+    { "LZW", { .compression = kLzw } },
+    { "LZW in one strip", { .compression = kLzw, .stripRows = 29 } },
+    { "Deflate", { .compression = kDeflate, .stripRows = 29 } },
+    { "PackBits", { .samples = 4, .photometric = kSeparated, .compression = kPackBits } },
+    { "JPEG", { .compression = kJpeg, .stripRows = 16 }, 4 },
+    { "JPEG of YCbCr", { .photometric = kYCbCr, .compression = kJpeg, .stripRows = 16 }, 4 },
+    { "1 bit", { .samples = 1, .bits = 1, .photometric = kWhiteIsZero } },
+    { "1 bit in G4",
+      { .samples = 1, .bits = 1, .photometric = kWhiteIsZero, .compression = kFaxG4 } },
+    { "1 bit in one strip of G4",
+      { .samples = 1,
+        .bits = 1,
+        .photometric = kWhiteIsZero,
+        .compression = kFaxG4,
+        .stripRows = 29 } },
+    { "1 bit in G3",
+      { .samples = 1, .bits = 1, .photometric = kWhiteIsZero, .compression = kFaxG3 } },
+    { "1 bit in JBIG",
+      { .samples = 1,
+        .bits = 1,
+        .photometric = kWhiteIsZero,
+        .compression = kJbig,
+        .stripRows = 29 } },
+    { "tiles", { .tileWidth = 16, .tileLength = 16 } },
+    { "tiles in LZW", { .compression = kLzw, .tileWidth = 16, .tileLength = 16 } },
+    { "tiles of JPEG", { .compression = kJpeg, .tileWidth = 16, .tileLength = 16 }, 4 },
+    { "tiles of 1 bit",
+      { .samples = 1, .bits = 1, .photometric = kWhiteIsZero, .tileWidth = 16, .tileLength = 16 } },
+    { "tiles of 4 bits", { .bits = 4, .tileWidth = 16, .tileLength = 32 } },
+    { "one tile larger than the picture", { .tileWidth = 64, .tileLength = 64 } },
+    { "planes", { .samples = 4, .photometric = kSeparated, .isPlanar = true } },
+    { "planes in one strip each",
+      { .samples = 4,
+        .photometric = kSeparated,
+        .compression = kLzw,
+        .stripRows = 29,
+        .isPlanar = true } },
+    { "planes of 16 bits", { .bits = 16, .compression = kDeflate, .isPlanar = true } },
+    { "planes of 1 bit", { .samples = 4, .bits = 1, .photometric = kSeparated, .isPlanar = true } },
+    { "planes in tiles", { .tileWidth = 16, .tileLength = 16, .isPlanar = true } },
+    { "planes in tiles of 1 bit",
+      { .samples = 4,
+        .bits = 1,
+        .photometric = kSeparated,
+        .tileWidth = 16,
+        .tileLength = 16,
+        .isPlanar = true } },
+    { "chroma of 2 x 2 pixels", { .photometric = kYCbCr, .chromaAcross = 2, .chromaDown = 2 } },
+    { "chroma of 2 x 1 pixels", { .photometric = kYCbCr, .chromaAcross = 2 } },
+    { "chroma of 4 x 4 pixels, LZW",
+      { .photometric = kYCbCr,
+        .compression = kLzw,
+        .stripRows = 12,
+        .chromaAcross = 4,
+        .chromaDown = 4 } },
+    { "chroma of 2 x 2 pixels in tiles",
+      { .photometric = kYCbCr,
+        .tileWidth = 16,
+        .tileLength = 16,
+        .chromaAcross = 2,
+        .chromaDown = 2 } },
+    { "chroma of 2 x 2 pixels of 16 bits",
+      { .bits = 16, .photometric = kYCbCr, .chromaAcross = 2, .chromaDown = 2 } },
+    { "chroma of 2 x 2 pixels in JPEG",
+      { .photometric = kYCbCr,
+        .compression = kJpeg,
+        .stripRows = 16,
+        .chromaAcross = 2,
+        .chromaDown = 2 },
+      4 },
+    { "chroma of 2 x 2 pixels in tiles of JPEG",
+      { .photometric = kYCbCr,
+        .compression = kJpeg,
+        .tileWidth = 16,
+        .tileLength = 16,
+        .chromaAcross = 2,
+        .chromaDown = 2 },
+      4 },
+    { "chroma of 2 x 1 pixels in JPEG",
+      { .photometric = kYCbCr, .compression = kJpeg, .stripRows = 16, .chromaAcross = 2 },
+      4 },
+};
+
+TEST_F(TiffLibraryTest, EveryLayoutGivesItsRowsInAnyOrder)
+{
+    for (const LayoutCase& test : kLayouts) {
+        SCOPED_TRACE(test.name);
+        Put(test.layout);
+        const OpenedTiff file = OpenTiffFile();
+        ASSERT_NE(file, nullptr) << TiffErrorMsg();
+        EXPECT_EQ(TiffScanlineSize(file.get()), std::ssize(RowOf(test.layout, 0)));
+        for (const Order order : { Order::forwards, Order::backwards, Order::mixed })
+            for (const std::uint32_t row : RowNumbers(test.layout.length, order)) {
+                const auto bytes = ReadRow(file.get(), row);
+                ASSERT_TRUE(bytes) << row << ' ' << TiffErrorMsg();
+                ASSERT_LE(Distance(*bytes, RowOf(test.layout, row)), test.distance) << row;
+            }
+    }
+}
+
+TEST_F(TiffLibraryTest, TheRecordTellsTheDirectory)
+{
+    Put({ .samples = 4, .bits = 16, .photometric = kSeparated, .compression = kLzw });
+    const OpenedTiff file = OpenTiffFile();
+    ASSERT_NE(file, nullptr);
+    EXPECT_EQ(file->ImageWidth, 37U);
+    EXPECT_EQ(file->ImageLength, 29U);
+    EXPECT_EQ(file->BitsPerSample, 16);
+    EXPECT_EQ(file->Compression, kLzw);
+    EXPECT_EQ(file->PhotometricInterpretation, kSeparated);
+    EXPECT_EQ(file->SamplesPerPixel, 4);
+    EXPECT_EQ(file->XResolution, 300.0F);
+    EXPECT_EQ(file->YResolution, 150.0F);
+}
+
+TEST_F(TiffLibraryTest, ARowBeyondTheLengthIsRefused)
+{
+    Put({});
+    const OpenedTiff file = OpenTiffFile();
+    for (const std::uint32_t row : { 29U, 30U, 0xFFFFFFFFU }) {
+        Bytes buffer(static_cast<std::size_t>(TiffScanlineSize(file.get())), std::byte{ 7 });
+        EXPECT_EQ(TiffReadScanline(file.get(), buffer.data(), row, 0), -1) << row;
+        EXPECT_EQ(buffer, Bytes(buffer.size(), std::byte{ 7 })) << row;
+        EXPECT_THAT(TiffErrorMsg().GetString(), HasSubstr(std::to_string(row)));
+    }
+    EXPECT_EQ(TiffReadScanline(nullptr, nullptr, 0, 0), -1);
+}
+
+// Strips that are longer than what is decoded at a time.
+TEST_F(TiffLibraryTest, LongStripsGiveTheirRowsInAnyOrder)
+{
+    const LayoutCase cases[] = {
+        { "pixels",
+          { .samples = 1,
+            .photometric = kBlackIsZero,
+            .compression = kDeflate,
+            .stripRows = 5000,
+            .width = 3700,
+            .length = 5000,
+            .grain = 64 } },
+        { "planes",
+          { .samples = 2,
+            .photometric = kSeparated,
+            .compression = kPackBits,
+            .stripRows = 4000,
+            .isPlanar = true,
+            .width = 2500,
+            .length = 4000,
+            .grain = 64 } },
+        { "tiles",
+          { .samples = 1,
+            .photometric = kBlackIsZero,
+            .compression = kDeflate,
+            .tileWidth = 1024,
+            .tileLength = 4608,
+            .width = 4000,
+            .length = 4600,
+            .grain = 64 } },
+    };
+    for (const LayoutCase& test : cases) {
+        SCOPED_TRACE(test.name);
+        Put(test.layout);
+        ASSERT_LT(files_.Contents("a.tif").size(), std::size_t{ 16 } << 20U);
+        const OpenedTiff file = OpenTiffFile();
+        ASSERT_NE(file, nullptr);
+        const std::uint32_t last = test.layout.length - 1;
+        for (const std::uint32_t row : { last, 0U, last - 1, 1700U, 1699U, 0U, last }) {
+            const auto bytes = ReadRow(file.get(), row);
+            ASSERT_TRUE(bytes) << row << ' ' << TiffErrorMsg();
+            ASSERT_EQ(*bytes, RowOf(test.layout, row)) << row;
+        }
+    }
+}
+
+bool IsFax(const TiffLayout& layout)
+{
+    return layout.compression == kFaxG3 || layout.compression == kFaxG4;
+}
+
+// What two readings of a file give has to agree, whatever has become of its bytes; but damaged fax
+// decodes to what libtiff has left from the strip before.
+void ExpectTheSameInAnyOrder(const TiffLayout& layout)
+{
+    const OpenedTiff forwards = OpenTiffFile();
+    const OpenedTiff backwards = OpenTiffFile();
+    ASSERT_EQ(forwards == nullptr, backwards == nullptr);
+    if (!forwards) {
+        EXPECT_THAT(TiffErrorMsg().GetString(), ::testing::StartsWith("a.tif: "));
+        return;
+    }
+    if (TiffScanlineSize(forwards.get()) > 10'000)
+        return;
+    std::vector<std::optional<Bytes>> rows;
+    for (std::uint32_t row = 0; row != layout.length; ++row)
+        rows.push_back(ReadRow(forwards.get(), row));
+    for (std::uint32_t row = layout.length; row-- != 0;) {
+        const auto bytes = ReadRow(backwards.get(), row);
+        EXPECT_TRUE(bytes == rows[row] || IsFax(layout)) << row;
+    }
+}
+
+// Not those of fax and JPEG, whose decoders go on behind what is missing.
+const LayoutCase kDamaged[] = {
+    { "strips", { .stripRows = 7 } },
+    { "LZW", { .compression = kLzw, .stripRows = 12 } },
+    { "Deflate", { .compression = kDeflate, .stripRows = 12 } },
+    { "PackBits", { .compression = kPackBits, .stripRows = 12 } },
+    { "tiles", { .compression = kDeflate, .tileWidth = 16, .tileLength = 16 } },
+    { "planes", { .compression = kLzw, .isPlanar = true, .mode = "wb8" } },
+    { "chroma",
+      { .photometric = kYCbCr, .compression = kPackBits, .chromaAcross = 2, .chromaDown = 2 } },
+};
+const LayoutCase kTolerant[] = {
+    { "G4", { .samples = 1, .bits = 1, .photometric = kWhiteIsZero, .compression = kFaxG4 } },
+    { "G3", { .samples = 1, .bits = 1, .photometric = kWhiteIsZero, .compression = kFaxG3 } },
+    { "JBIG",
+      { .samples = 1,
+        .bits = 1,
+        .photometric = kWhiteIsZero,
+        .compression = kJbig,
+        .stripRows = 29 } },
+    { "JPEG", { .compression = kJpeg, .stripRows = 16 } },
+    { "JPEG with shared chroma",
+      { .photometric = kYCbCr,
+        .compression = kJpeg,
+        .stripRows = 16,
+        .chromaAcross = 2,
+        .chromaDown = 2 } },
+    { "JPEG in tiles", { .compression = kJpeg, .tileWidth = 16, .tileLength = 16 } },
+};
+
+TEST_F(TiffLibraryTest, ACutFileGivesARowAsItWasOrNotAtAll)
+{
+    for (const LayoutCase& test : kDamaged) {
+        SCOPED_TRACE(test.name);
+        const Bytes whole = MakeTiff(test.layout);
+        std::size_t readRows = 0;
+        for (std::size_t length = 0; length < whole.size(); length += 1 + length / 400) {
+            files_.Put("a.tif",
+                       Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length)));
+            const OpenedTiff file = OpenTiffFile();
+            for (const Order order : { Order::mixed, Order::backwards, Order::forwards })
+                for (const std::uint32_t row : RowNumbers(file ? test.layout.length : 0, order)) {
+                    const auto bytes = ReadRow(file.get(), row);
+                    readRows += bytes ? 1U : 0U;
+                    ASSERT_TRUE(!bytes || *bytes == RowOf(test.layout, row))
+                        << length << ' ' << row;
+                }
+        }
+        EXPECT_NE(readRows, 0U); // the file opens before its end is there
+    }
+}
+
+TEST_F(TiffLibraryTest, ACutFileOfATolerantDecoderGivesTheSameInAnyOrder)
+{
+    for (const LayoutCase& test : kTolerant) {
+        SCOPED_TRACE(test.name);
+        const Bytes whole = MakeTiff(test.layout);
+        for (std::size_t length = 0; length < whole.size(); length += 7) {
+            files_.Put("a.tif",
+                       Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length)));
+            ExpectTheSameInAnyOrder(test.layout);
+        }
+    }
+}
+
+void ExpectNoHarmByFlips(MemoryFileSystem& files, const LayoutCase& test)
+{
+    SCOPED_TRACE(test.name);
+    constexpr int kFiles = 60;
+    const Bytes whole = MakeTiff(test.layout);
+    std::mt19937 random(7); // NOLINT(cert-msc51-cpp): repeatable
+    for (int i = 0; i != kFiles; ++i) {
+        Bytes flipped = whole;
+        // Most of a file is its samples, most of what can go wrong is its directory.
+        for (const std::size_t reach : { whole.size(), std::min<std::size_t>(whole.size(), 300) })
+            flipped[random() % reach] ^= std::byte(1U << random() % 8);
+        files.Put("a.tif", flipped);
+        ExpectTheSameInAnyOrder(test.layout);
+    }
+}
+
+TEST_F(TiffLibraryTest, FlippedBitsDoNoHarm)
+{
+    for (const LayoutCase& test : kDamaged)
+        ExpectNoHarmByFlips(files_, test);
+    for (const LayoutCase& test : kTolerant)
+        ExpectNoHarmByFlips(files_, test);
+}
+
+// An entry of a little-endian directory.
+struct Entry {
+    std::uint16_t tag;
+    std::uint16_t type; // 3: 16 bits, 4: 32 bits, 1: bytes
+    std::uint32_t count;
+    std::uint32_t value;
+};
+
+// A file whose directory stands at 8 and names `next` as the one behind it.
+Bytes DirectoryFile(const std::vector<Entry>& entries, std::uint32_t next = 0)
+{
+    Bytes bytes = TextBytes(std::string_view("II*\0\x08\0\0\0", 8));
+    const auto put = [&](std::uint32_t value, int count) {
+        for (int i = 0; i != count; ++i)
+            bytes.push_back(std::byte(value >> (8 * i) & 0xFFU));
+    };
+    put(static_cast<std::uint32_t>(entries.size()), 2);
+    for (const Entry& entry : entries) {
+        put(entry.tag, 2);
+        put(entry.type, 2);
+        put(entry.count, 4);
+        put(entry.value, 4);
+    }
+    put(next, 4);
+    return bytes;
+}
+
+constexpr std::uint16_t kWidthTag = 256;
+constexpr std::uint16_t kLengthTag = 257;
+constexpr std::uint16_t kBitsTag = 258;
+constexpr std::uint16_t kCompressionTag = 259;
+constexpr std::uint16_t kPhotometricTag = 262;
+constexpr std::uint16_t kOffsetsTag = 273;
+constexpr std::uint16_t kSamplesTag = 277;
+constexpr std::uint16_t kStripRowsTag = 278;
+constexpr std::uint16_t kCountsTag = 279;
+constexpr std::uint16_t kTileWidthTag = 322;
+constexpr std::uint16_t kTileLengthTag = 323;
+constexpr std::uint16_t kTileOffsetsTag = 324;
+constexpr std::uint16_t kTileCountsTag = 325;
+
+std::vector<Entry> GreyPicture(std::uint32_t width, std::uint32_t length, std::uint32_t stripRows)
+{
+    return { { kWidthTag, 4, 1, width },   { kLengthTag, 4, 1, length },
+             { kBitsTag, 3, 1, 8 },        { kCompressionTag, 3, 1, kUncompressed },
+             { kPhotometricTag, 3, 1, 1 }, { kOffsetsTag, 4, 1, 8 },
+             { kSamplesTag, 3, 1, 1 },     { kStripRowsTag, 4, 1, stripRows },
+             { kCountsTag, 4, 1, 16 } };
+}
+
+std::vector<Entry> With(std::vector<Entry> entries, const std::vector<Entry>& changes)
+{
+    for (const Entry& change : changes) {
+        std::erase_if(entries, [&](const Entry& entry) { return entry.tag == change.tag; });
+        entries.push_back(change);
+    }
+    std::sort(entries.begin(), entries.end(),
+              [](const Entry& left, const Entry& right) { return left.tag < right.tag; });
+    return entries;
+}
+
+struct RefusalCase {
+    const char* name;
+    std::vector<Entry> entries;
+    const char* reason; // why no row is read
+};
+
+const RefusalCase kRefusals[] = {
+    { "a row of 4 GiB", GreyPicture(0xFFFFFFFF, 1, 1), "longer than the file" },
+    { "a row of 32 TiB",
+      With(GreyPicture(0xFFFFFFFF, 1, 1), { { kSamplesTag, 3, 1, 4096 }, { kBitsTag, 3, 1, 16 } }),
+      "longer than the file" },
+    { "a row of 17 MiB", GreyPicture(17 << 20, 1, 1), "longer than the file" },
+    { "no rows", GreyPicture(4, 0, 1), "empty" },
+    { "no bits", With(GreyPicture(4, 4, 4), { { kBitsTag, 3, 1, 0 } }), "empty" },
+    { "tiles of 1 TiB",
+      With(GreyPicture(16, 16, 16), { { kTileWidthTag, 4, 1, 1 << 20 },
+                                      { kTileLengthTag, 4, 1, 1 << 20 },
+                                      { kTileOffsetsTag, 4, 1, 8 },
+                                      { kTileCountsTag, 4, 1, 16 } }),
+      "larger than the file" },
+    { "tiles without width",
+      With(GreyPicture(16, 16, 16), { { kTileWidthTag, 4, 1, 0 },
+                                      { kTileLengthTag, 4, 1, 16 },
+                                      { kTileOffsetsTag, 4, 1, 8 },
+                                      { kTileCountsTag, 4, 1, 16 } }),
+      "empty" },
+    { "chroma of 3 x 3 pixels",
+      With(GreyPicture(4, 4, 4), { { kSamplesTag, 3, 1, 3 },
+                                   { kPhotometricTag, 3, 1, kYCbCr },
+                                   { 530, 3, 2, 3 | 3 << 16 } }),
+      "chroma" },
+    { "shared chroma in planes",
+      With(GreyPicture(4, 4, 4),
+           { { kSamplesTag, 3, 1, 3 }, { kPhotometricTag, 3, 1, kYCbCr }, { 284, 3, 1, 2 } }),
+      "chroma" },
+};
+
+TEST_F(TiffLibraryTest, ClaimsThatNoFileFillsAreRefused)
+{
+    for (const RefusalCase& test : kRefusals) {
+        SCOPED_TRACE(test.name);
+        files_.Put("a.tif", DirectoryFile(test.entries));
+        const OpenedTiff file = OpenTiffFile();
+        if (!file)
+            continue; // libtiff has refused it already
+        std::byte untouched{ 7 };
+        EXPECT_EQ(TiffReadScanline(file.get(), &untouched, 0, 0), -1);
+        EXPECT_EQ(untouched, std::byte{ 7 });
+        EXPECT_THAT(TiffErrorMsg().GetString(), HasSubstr(test.reason));
+    }
+}
+
+TEST_F(TiffLibraryTest, AStripThatClaimsGigabytesGivesTheRowsThatAreThere)
+{
+    constexpr std::uint32_t kEndOfDirectory = 8 + 2 + 9 * 12 + 4;
+    const auto entries =
+        With(GreyPicture(8, 0xFFFFFFFF, 0xFFFFFFFF), { { kCompressionTag, 3, 1, kPackBits },
+                                                       { kOffsetsTag, 4, 1, kEndOfDirectory },
+                                                       { kCountsTag, 4, 1, 4 } });
+    Bytes bytes = DirectoryFile(entries);
+    ASSERT_EQ(bytes.size(), kEndOfDirectory);
+    for (const int packed : { 0xF9, 0x55, 0xF9, 0x66 }) // eight of each
+        bytes.push_back(std::byte(packed));
+    files_.Put("a.tif", bytes);
+    const OpenedTiff file = OpenTiffFile();
+    ASSERT_NE(file, nullptr) << TiffErrorMsg();
+    EXPECT_FALSE(ReadRow(file.get(), 0xFFFFFFFE));
+    EXPECT_FALSE(ReadRow(file.get(), 2));
+    EXPECT_EQ(ReadRow(file.get(), 1), Bytes(8, std::byte{ 0x66 }));
+    EXPECT_EQ(ReadRow(file.get(), 0), Bytes(8, std::byte{ 0x55 }));
+}
+
+// The value of a tag in a little-endian file whose directory stands at 8.
+std::uint32_t ValueOf(const Bytes& file, std::uint16_t tag)
+{
+    const auto number = [&](std::size_t place, std::size_t count) {
+        std::uint32_t value = 0;
+        for (std::size_t i = count; i-- != 0;)
+            value = value << 8U | std::to_integer<std::uint32_t>(file.at(place + i));
+        return value;
+    };
+    std::size_t entry = 10;
+    while (number(entry, 2) != tag)
+        entry += 12;
+    return number(entry + 8, 4);
+}
+
+// The decoder would take memory and time by the size that the data tell.
+TEST_F(TiffLibraryTest, JbigDataOfAnotherSizeAreRefused)
+{
+    Bytes file = MakeTiff({ .samples = 1,
+                            .bits = 1,
+                            .photometric = kWhiteIsZero,
+                            .compression = kJbig,
+                            .stripRows = 29 });
+    const std::size_t jbigWidth = ValueOf(file, kOffsetsTag) + 4;
+    file.at(jbigWidth) = std::byte{ 0x7F };
+    files_.Put("a.tif", file);
+    const OpenedTiff opened = OpenTiffFile();
+    ASSERT_NE(opened, nullptr) << TiffErrorMsg();
+    EXPECT_FALSE(ReadRow(opened.get(), 0));
+    EXPECT_EQ(TiffErrorMsg(), "a.tif: the JBIG data are not of the picture's size");
+}
+
+TEST_F(TiffLibraryTest, ADirectoryThatLeadsToItselfIsReadOnce)
+{
+    files_.Put("a.tif", DirectoryFile(GreyPicture(4, 4, 4), 8));
+    const OpenedTiff file = OpenTiffFile();
+    ASSERT_NE(file, nullptr) << TiffErrorMsg();
+    EXPECT_TRUE(ReadRow(file.get(), 3)) << TiffErrorMsg();
+}
+
+TEST_F(TiffLibraryTest, TagsThatShareTheirBytesDoNotMultiplyThem)
+{
+    constexpr std::uint32_t kShared = 1U << 20U;
+    std::vector<Entry> entries = GreyPicture(4, 4, 4);
+    for (std::uint16_t tag = 50'000; tag != 50'400; ++tag)
+        entries.push_back({ tag, 1, kShared, 8 });
+    Bytes bytes = DirectoryFile(entries);
+    bytes.resize(kShared + 8);
+    files_.Put("a.tif", bytes);
+    CountingFileSystem counting(files_);
+    const ScopedFileSystem scope(counting);
+    OpenTiffFile();
+    EXPECT_LT(counting.ByteCount(FileOperation::readAt), 5 * kShared);
+}
+
+TEST_F(TiffLibraryTest, AnOpenFileStaysItsOwners)
+{
+    Put({});
+    CFile file("a.tif", CFile::modeRead);
+    file.Seek(5, CFile::begin);
+    {
+        const OpenedTiff probe(TifffdOpen(file.m_hFile, "probe", "r"));
+        ASSERT_NE(probe, nullptr) << TiffErrorMsg();
+        EXPECT_TRUE(ReadRow(probe.get(), 28));
+    }
+    EXPECT_EQ(file.GetPosition(), 5U);
+    EXPECT_EQ(files_.OpenCount(), 1U);
+    char byte = 0;
+    EXPECT_EQ(file.Read(&byte, 1), 1U);
+}
+
+TEST_F(TiffLibraryTest, AnotherFileIsNoTiffAndStaysOpen)
+{
+    files_.Put("a.txt", "no picture at all");
+    CFile file("a.txt", CFile::modeRead);
+    EXPECT_EQ(TifffdOpen(file.m_hFile, "probe", "r"), nullptr);
+    EXPECT_THAT(TiffErrorMsg().GetString(), ::testing::StartsWith("probe: Not a TIFF"));
+    EXPECT_EQ(files_.OpenCount(), 1U);
+    EXPECT_EQ(file.GetLength(), 17U);
+    EXPECT_EQ(TifffdOpen(-1, nullptr, "r"), nullptr);
+}
+
+TEST_F(TiffLibraryTest, OpeningTellsWhyNot)
+{
+    EXPECT_EQ(TiffOpen("missing.tif", "r"), nullptr);
+    EXPECT_THAT(TiffErrorMsg().GetString(), ::testing::StartsWith("missing.tif: No such file"));
+    EXPECT_EQ(TiffOpen(nullptr, "r"), nullptr);
+    files_.Put("empty.tif", "");
+    EXPECT_EQ(TiffOpen("empty.tif", "r"), nullptr);
+    EXPECT_THAT(TiffErrorMsg().GetString(), ::testing::StartsWith("empty.tif: "));
+    Put({});
+    for (const char* mode : { "w", "r+", "" })
+        EXPECT_EQ(TiffOpen("a.tif", mode), nullptr) << mode;
+    EXPECT_EQ(TiffOpen("a.tif", nullptr), nullptr);
+    EXPECT_EQ(TiffErrorMsg(), "a.tif: TIFF files are only read");
+}
+
+TEST_F(TiffLibraryTest, PathsAreResolved)
+{
+    Put({});
+    SetPathResolver([](const CString& path) { return path.Mid(2); });
+    const OpenedTiff file = OpenTiffFile("S:a.tif");
+    SetPathResolver({});
+    EXPECT_NE(file, nullptr) << TiffErrorMsg();
+}
+
+TEST_F(TiffLibraryTest, AWarningIsKeptByItsThread)
+{
+    TiffWarning("module", "%d of %s", 7, "nine");
+    EXPECT_EQ(TiffErrorMsg(), "7 of nine");
+    std::thread([] { TiffWarning("module", "elsewhere"); }).join();
+    EXPECT_EQ(TiffErrorMsg(), "7 of nine");
+}
+
+// Each read of the file fails once; what could not be read then can be read later.
+TEST_F(TiffLibraryTest, AFailedReadIsToldAndMayBeTriedAgain)
+{
+    Put({ .compression = kLzw, .isPlanar = true });
+    FailingFileSystem failing(files_);
+    const ScopedFileSystem scope(failing);
+    int failedRows = 0;
+    for (std::size_t number = 1;; ++number) {
+        failing.Fail(FileOperation::readAt, number, EIO);
+        const OpenedTiff file = OpenTiffFile();
+        for (std::uint32_t row = 0; file && row != 29; ++row)
+            if (!ReadRow(file.get(), row)) {
+                ++failedRows;
+                EXPECT_EQ(TiffErrorMsg(), "a.tif: Input/output error");
+                EXPECT_EQ(ReadRow(file.get(), row), RowOf({}, row)) << number;
+            }
+        if (!failing.HasFailed())
+            break;
+    }
+    EXPECT_GE(failedRows, 12); // four strips in three planes
+}
+
+} // namespace
+
+} // namespace tympan::test
