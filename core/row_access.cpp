@@ -1,8 +1,8 @@
 #include "core/row_access.h"
 
-#include "platform/claims.h"
 #include "core/failure_guard.h"
 #include "core/failures.h"
+#include "platform/claims.h"
 
 #include <algorithm>
 #include <new>
