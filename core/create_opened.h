@@ -8,18 +8,19 @@
 
 namespace tympan {
 
-/// Opens `picture` on a file and gives it to the caller, also when its opening failed: the object
-/// tells. Null when there is no object, or when the opening threw a file or memory failure.
-template <typename Picture>
-Picture* CreateOpened(std::unique_ptr<Picture> picture, const CString& fileName, bool inputFile)
+/// Opens the object that `make` gives in a smart pointer on a file, and gives it to the caller, also
+/// when its opening failed: the object tells. Null when making or opening it threw a file or memory
+/// failure.
+template <typename Make>
+auto* CreateOpened(Make&& make, const CString& fileName, bool inputFile)
 {
     static constexpr FailureRow kNothingMade[] = {
         { Caught::File, 0, nullptr },
         { Caught::Memory, 0, nullptr },
     };
-    if (picture == nullptr)
-        return nullptr;
+    decltype(make()) picture;
     const bool made = Guarded(NoTrace(), kNothingMade, [&] {
+        picture = make();
         picture->OpenPictureFile(fileName, inputFile, false, nullptr);
     });
     return made ? picture.release() : nullptr;

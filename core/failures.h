@@ -6,6 +6,8 @@
 #include "platform/failures.h"
 #include "platform/text.h"
 
+#include <string_view>
+
 /// Base of the failures that can show themselves to a user. Never thrown itself.
 ///
 /// Which way a derived class is thrown belongs to the class and is told with it: by value, or as a
@@ -17,12 +19,14 @@ class TYMPAN_API LumetoException {
     explicit LumetoException(const char* messageText);
     LumetoException(const LumetoException&) = default;
     LumetoException& operator=(const LumetoException&) = default;
-    virtual ~LumetoException(); // a catcher of the base may destroy through it
 
     /// Composes `ShownText` as the class does and shows it with `AfxMessageBox(ShownText, 0, 0)`.
     /// The base leaves `ShownText` as it is, so empty. Nothing in the library calls this: it is
     /// there for the catch clause of a client.
     virtual void ReportError();
+
+    /// Virtual so that a catcher of the base may destroy through it what it caught.
+    virtual ~LumetoException();
 
     /// The detail given at construction.
     const CString& MessageText() const { return messageText_; }
@@ -122,9 +126,12 @@ class TYMPAN_API IllegalRowsException {};
 
 namespace tympan {
 
-/// The texts of the `ReadFileException` of a short read and of a full buffer.
+/// The texts of the `ReadFileException` of a short read and of a full buffer, and the tail of both.
+inline constexpr char kReadingStopped[] = " The reading is stopped!";
 inline constexpr char kUnexpectedEndOfFile[] =
     "Unexpected end of file encountered! The reading is stopped!";
 inline constexpr char kGivenBufferTooSmall[] = "Given buffer is too small! The reading is stopped!";
+static_assert(std::string_view(kUnexpectedEndOfFile).ends_with(kReadingStopped));
+static_assert(std::string_view(kGivenBufferTooSmall).ends_with(kReadingStopped));
 
 } // namespace tympan

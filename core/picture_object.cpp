@@ -28,7 +28,7 @@ BasePictureIF::~BasePictureIF()
 bool BasePictureIF::OpenPictureFile(const CString& fileName, bool inputFile, bool reopen,
                                     CFileException* fileError)
 {
-    if (!reopen && IsPictureFileOpen() && PictureFileName() == fileName)
+    if (!reopen && PictureFileName() == fileName)
         return true;
     if (IsPictureFileOpen())
         ClosePictureFile();

@@ -32,10 +32,11 @@ class TYMPAN_API BasePictureIF {
 
     /// Opens an existing file and loads its header record, or creates (and empties) one for writing
     /// and loads nothing. With `reopen` false, the bare name of the file that is open is answered
-    /// with true at once; a path with directories never is such a name.
-    /// \param fileError may be null; when given, a failed opening throws it, filled by
-    /// `CFile::Open`.
-    ///   Nothing is thrown for an opening that succeeds.
+    /// with true at once. A path with directories never is such a name, but an empty name is that of
+    /// an object without a file, which stays closed.
+    /// \param fileError may be null; when given, a failed opening throws it: filled by `CFile::Open`
+    ///   when the file can't be opened, as it was when the record refuses it. Nothing is thrown for
+    ///   an opening that succeeds.
     /// \return false, and `ObjectStatus` false, when the file can't be opened or its record refuses
     ///   it; in the second case the file stays open. Neither `TraceStatus` nor `ErrorMsg` is
     ///   written.

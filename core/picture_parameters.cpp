@@ -30,6 +30,7 @@ constexpr char kNlwMark = 2;
 constexpr ColorSeparationType kNone = NoSeparation;
 
 constexpr std::size_t kSavedFrom = 1024;
+constexpr std::size_t kSizesFrom = 1028;
 constexpr std::size_t kHeaderEnd = 1080;
 constexpr std::size_t kFloatText = 14;
 constexpr std::size_t kWholeText = 12;
@@ -81,7 +82,7 @@ struct PictureParameters::HeaderTable {
     static constexpr HeaderField kFileType{ 80, 2, Form::FileType };
     static constexpr HeaderField kUnits{ kSavedFrom, 1, Form::UnitsCode };
     static constexpr HeaderField kSeparations{ 1025, 3, Form::Separations };
-    static constexpr HeaderField kHeight{ 1028, kFloatText, Form::FloatText, &P::sizeInUnits_,
+    static constexpr HeaderField kHeight{ kSizesFrom, kFloatText, Form::FloatText, &P::sizeInUnits_,
                                           &Size::first };
     static constexpr HeaderField kWidth{ 1042, kFloatText, Form::FloatText, &P::sizeInUnits_,
                                          &Size::second };
@@ -146,6 +147,7 @@ void PictureParameters::LoadCommonHeader(CFile& file)
     std::array<char, kHeaderEnd> header{}; // what a short file doesn't hold reads as 0
     file.Seek(0, CFile::begin);
     file.Read(header.data(), static_cast<UINT>(header.size()));
+    file.Seek(kSizesFrom, CFile::begin); // where refused separations leave it
     for (const HeaderField* field : HeaderTable::kAll)
         Decode(*field, std::string_view(header.data() + field->offset, field->width));
     file.Seek(kHeaderEnd, CFile::begin);
@@ -197,8 +199,8 @@ void PictureParameters::Encode(const HeaderField& field, unsigned char* bytes) c
     using Form = HeaderField::Form;
     std::array<unsigned char, kFloatText + 1> text{};
     switch (field.form) {
-    case Form::NlwMark: text[0] = nlw_ ? kNlwMark : 0; break;
-    case Form::FileType: std::strncpy(reinterpret_cast<char*>(text.data()), fileType_, 2); break;
+    case Form::NlwMark:
+    case Form::FileType: break; // stand in front of what is written
     case Form::UnitsCode: text[0] = fileSizeUnitsFactor_ != 0.0 ? kInchesCode : 0; break;
     case Form::Separations:
         text[0] = static_cast<unsigned char>(numberOfSeparations_);
@@ -232,6 +234,7 @@ void PictureParameters::SaveField(const HeaderField& field, CFile& file,
                                   unsigned char* buffer) const
 {
     Encode(field, buffer);
+    buffer[field.width] = 0;
     file.Write(buffer, static_cast<UINT>(field.width));
 }
 

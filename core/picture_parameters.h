@@ -46,7 +46,8 @@ class TYMPAN_API PictureParameters {
     virtual ~PictureParameters();
 
     /// Reads the common header. Sizes come out in inches and `FileSizeUnitsFactor` becomes 1.0.
-    /// A size that is not there reads as 0, one beyond its type as the nearest that is not.
+    /// A size that is not there reads as 0. One beyond its type reads, in pixels, as the nearest that
+    /// is not, and in units as an infinity.
     /// \return true, with the file at 1080. False when the separations are refused: `TraceStatus`
     /// is
     ///   90066 and the record is cleared, by the virtual `Clear()`.

@@ -130,13 +130,11 @@ void PlatesToBgrPlain(const Plates& plates, std::uint8_t* bgr)
         bgr = Store(ScreenColour::Of(ColourOf(FromPlates(c[x], m[x], y[x], k[x]))), bgr);
 }
 
-TintTable::TintTable(ColorSeparationType separation) : TintTable(separation, UnchangedBytes()) {}
-
-TintTable::TintTable(ColorSeparationType separation, const ByteTable& correction)
+TintTable::TintTable(ColorSeparationType separation)
 {
     for (std::size_t byte = 0; byte < tints_.size(); ++byte)
-        tints_[byte] = ScreenColour::Of(
-            PictureFileInterface::CalculatePixelAsRGB(correction[byte], separation));
+        tints_[byte] = ScreenColour::Of(PictureFileInterface::CalculatePixelAsRGB(
+            static_cast<unsigned char>(byte), separation));
 }
 
 void TintTable::ToBgr(const std::uint8_t* plate, std::size_t count, std::uint8_t* bgr) const

@@ -52,8 +52,7 @@ void PlatesToBgrPlain(const Plates& plates, std::uint8_t* bgr);
 class TintTable {
   public:
     explicit TintTable(ColorSeparationType separation);
-    /// Stores the tint of each byte, corrected by `correction` first, as blue, green, red.
-    TintTable(ColorSeparationType separation, const ByteTable& correction);
+    /// Stores the tint of each byte as blue, green, red.
     void ToBgr(const std::uint8_t* plate, std::size_t count, std::uint8_t* bgr) const;
 
   private:

@@ -41,13 +41,26 @@ void DrawRows(CFile& file, const tympan::CtLayout& layout,
     });
 }
 
+// The rows from `first` to `last`, both included, as far as they can be seen.
+template <typename ToBgr>
+void DrawAsked(CFile& file, const tympan::CtLayout& layout,
+               std::span<const ColorSeparationType> wanted, HDC dc, unsigned long first,
+               unsigned long last, ToBgr&& toBgr)
+{
+    const tympan::CtArea area = ShownArea(dc, first, last);
+    if (area.firstRow >= area.endRow || area.firstColumn >= area.endColumn)
+        return;
+    DrawRows(file, layout, wanted, dc, area, toBgr);
+    tympan::LeaveBehindRow(file, layout, wanted, area.endRow - 1);
+}
+
 } // namespace
 
 void CtFileInterface::Display(unsigned long firstRow, unsigned long lastRow, CDC& dc)
 {
     tympan::Guarded(Failures(), tympan::kCtDisplayFailures, [&] {
-        DrawRows(FileHandle(), Layout(), tympan::kCtColour, dc.GetSafeHdc(),
-                 ShownArea(dc.GetSafeHdc(), firstRow, lastRow), tympan::PlatesToBgr);
+        DrawAsked(FileHandle(), Layout(), tympan::kCtColour, dc.GetSafeHdc(), firstRow, lastRow,
+                  tympan::PlatesToBgr);
     });
 }
 
@@ -64,11 +77,10 @@ void CtFileInterface::Display(unsigned long firstRow, unsigned long lastRow, CDC
         return;
     tympan::Guarded(Failures(), tympan::kCtDisplayFailures, [&] {
         const tympan::TintTable tints(separation);
-        DrawRows(FileHandle(), Layout(), { &separation, 1 }, dc->GetSafeHdc(),
-                 ShownArea(dc->GetSafeHdc(), firstRow, lastRow),
-                 [&](const Plates& plates, std::uint8_t* bgr) {
-                     tints.ToBgr(plates.plate[0], plates.count, bgr);
-                 });
+        DrawAsked(FileHandle(), Layout(), { &separation, 1 }, dc->GetSafeHdc(), firstRow, lastRow,
+                  [&](const Plates& plates, std::uint8_t* bgr) {
+                      tints.ToBgr(plates.plate[0], plates.count, bgr);
+                  });
     });
 }
 
@@ -85,5 +97,6 @@ unsigned long CtFileInterface::ExtractCMYKPixelInfo(unsigned long x, unsigned lo
         }
         inks = inks << 8U | (255UL - byte);
     }
+    tympan::LeaveBehindRow(FileHandle(), layout, tympan::kCtColour, y);
     return inks;
 }

@@ -51,13 +51,14 @@ class TYMPAN_API CtFileInterface : public PictureFileInterface {
                                    double scanAxisResolution, double xScanAxisResolution) override;
 
     /// Reads one row, enlarged to the resolutions asked for by repeating pixels: the width by
-    /// `scanAxisResolution` over the file's `ResolutionOnScanAxis`, the row number by the other
-    /// two. A ratio of exactly 1.0 copies the row as stored. \return the bytes stored. 0 with 90064
-    /// and "Picture File:\nOutput Res requested smaller than
+    /// `scanAxisResolution` over the file's `ResolutionOnScanAxis`, the row number by the other two.
+    /// A ratio of exactly 1.0 copies the row as stored.
+    /// \return the bytes stored. 0 with 90064 and "Picture File:\nOutput Res requested smaller than
     ///   Input Res.\n" when a ratio is below 1.0 or not finite, when the output width exceeds
-    ///   `bufferSize`, or when no file is open. 0 and no code for a separation that the file
-    ///   doesn't hold and for a row that it doesn't hold whole; `buffer` may then hold the part
-    ///   that is there. 0 with 90001 for a file failure, with 90030 for any other.
+    ///   `bufferSize`, when no file is open or no row buffer can be had. 0 and no code, `buffer`
+    ///   untouched, for a separation that the file doesn't hold and for a row that it doesn't hold
+    ///   whole. 0 with 90001 for a file failure, with 90030 for any other. A file that is cut short
+    ///   while it is open may leave part of a row in `buffer`.
     unsigned long GetPictureRow(unsigned char* buffer, unsigned int row,
                                 ColorSeparationType separation, double scanAxisResolution,
                                 double xScanAxisResolution, unsigned long bufferSize) override;
@@ -69,8 +70,8 @@ class TYMPAN_API CtFileInterface : public PictureFileInterface {
     /// Reads the rows from `firstRow` up to and without `lastRow` as stored, one behind the other
     /// without padding. `offsets` has an entry for each row and receives its place in `buffer`
     /// (null: no places are told). `rowsInfo` and `wrap` have no effect. What the file doesn't
-    /// hold, a separation or rows past its end, leaves its bytes in `buffer` as they were. \return
-    /// rows times width. 0 with 90032 and "Picture File :\nLast line must be greater than
+    /// hold, a separation or rows past its end, leaves its bytes in `buffer` as they were.
+    /// \return rows times width. 0 with 90032 and "Picture File :\nLast line must be greater than
     ///   first line.\n" for an empty range; 0 with 90033 and "Picture File:\nGiven buffer is too
     ///   small.\n"; 0 with 90001 for a file failure, with 90030 for any other.
     unsigned long GetPictureRows(unsigned char* buffer, unsigned int firstRow, unsigned int lastRow,
@@ -79,7 +80,8 @@ class TYMPAN_API CtFileInterface : public PictureFileInterface {
                                  bool wrap) override;
 
     /// Writes as many bytes of `data` as the picture is wide. `size` has no effect. A separation
-    /// that the record doesn't hold writes nothing. \throws CFileException* of a write that failed.
+    /// that the record doesn't hold writes nothing.
+    /// \throws CFileException* of a write that failed.
     virtual void SavePictureRow(const unsigned char* const data, unsigned int row,
                                 ColorSeparationType separation, unsigned long size);
     /// @}
@@ -87,8 +89,8 @@ class TYMPAN_API CtFileInterface : public PictureFileInterface {
     /// \name Drawing into a device context
     /// `firstRow` and `lastRow` are both drawn; the pixel of column x in row y goes to the point
     /// (x, y) of the context, which moves and clips it. Rows and separations that the file doesn't
-    /// hold are no ink. A failure ends the drawing and leaves 90034 for a corrupted file, else
-    /// 90030 and "CTInterface: Error Extracting CT RawBuffer, aborting!".
+    /// hold are no ink. Rows that the context can't show aren't read. A failure ends the drawing and
+    /// leaves 90034 for a corrupted file, else 90030 and "CTInterface: Error Extracting CT RawBuffer, aborting!".
     /// @{
 
     /// All separations as one colour.
@@ -118,7 +120,7 @@ class TYMPAN_API CtFileInterface : public PictureFileInterface {
     /// \param bitsPerPixel 8, a plate with a palette: index 255 less the plate's byte; or 24.
     /// \param tables null, or for each plate a table of 256 corrected inks by ink, of which the low
     ///   byte counts (a null one corrects nothing). They have no effect at 8 bits: see
-    ///   `ApplyPaletteChanges`.
+    ///   `ApplyPaletteChanges`. What the file doesn't hold is no ink, whatever they say.
     /// \param asGray shows a plate in the tint of black.
     /// \return the bitmap; `bitmap` itself when `lastRow` is below `firstRow`; null, with nothing
     ///   changed, for any other depth and for all separations in 8 bits; null when no bitmap can be
@@ -133,20 +135,21 @@ class TYMPAN_API CtFileInterface : public PictureFileInterface {
     virtual HBITMAP FreePreview(HBITMAP bitmap);
 
     /// The inks of one pixel: `Cyan` in bits 24 to 31, then `Magenta`, `Yellow`, and `Black` in
-    /// bits 0 to 7. What the file doesn't hold is 0, no ink. \throws CFileException* of a read that
-    /// failed.
+    /// bits 0 to 7. What the file doesn't hold is 0, no ink.
+    /// \throws CFileException* of a read that failed.
     virtual unsigned long ExtractCMYKPixelInfo(unsigned long x, unsigned long y);
 
     /// A palette of the tints of a plate in reversed order (index 0 is the tint of byte 255), which
     /// the colour table of `info` receives too. `info` has room for 2 to the power of its bit
-    /// count. \return a palette that the caller owns; null for a bit count that isn't 1 to 8.
+    /// count.
+    /// \return a palette that the caller owns; null for a bit count that isn't 1 to 8.
     virtual HPALETTE CreateGrayScalePalette(BITMAPINFO* info, ColorSeparationType separation);
 
     /// A palette of corrected tints: index n - 1 - i gets the tint of n - 1 less the low byte of
     /// `changes[i]`, for i from 1 to n - 1, where n is 2 to the power of `bitsPerPixel`; index n -
-    /// 1 is white. It becomes `Palette()`; the one before stays until the object goes. \return the
-    /// palette, which the object owns; null, with nothing changed, for a depth that isn't
-    ///   1 to 8 or null changes.
+    /// 1 is white. It becomes `Palette()`; the one before stays until the object goes.
+    /// \return the palette, which the object owns; null, with nothing changed, for a depth that
+    ///   isn't 1 to 8 or null changes.
     virtual HPALETTE ApplyPaletteChanges(int* changes, ColorSeparationType separation,
                                          int bitsPerPixel);
 
@@ -190,6 +193,7 @@ class TYMPAN_API CtFileInterface : public PictureFileInterface {
                            unsigned long* offsets, ColorSeparationType separation,
                            unsigned long bufferSize);
     void MakePreview(ColorSeparationType separation, int bitsPerPixel);
+    bool HasRoomFor(std::size_t drawings);
     void Keep(HGDIOBJ object);
 
     std::vector<Drawing> drawings_; // all bitmaps and palettes made; a client may delete bitmaps
@@ -197,6 +201,7 @@ class TYMPAN_API CtFileInterface : public PictureFileInterface {
     std::unique_ptr<BITMAPINFO, FreeLocal> previewInfo_;
     HPALETTE previewPalette_ = nullptr;
     unsigned char* previewBits_ = nullptr; // the bitmap's
+    std::uint64_t heldAtOpening_ = 0;      // bytes of an input file
 };
 
 /// Makes a CT object and opens it, for reading or for writing a new file.

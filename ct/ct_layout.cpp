@@ -13,7 +13,7 @@ std::optional<std::uint64_t> CtLayout::Position(std::uint64_t row, unsigned int 
     // As wide as the interface's positions are, which have 32 bits on some machines.
     constexpr std::uint64_t kLastPosition = std::min<std::uint64_t>(
         std::numeric_limits<LONGLONG>::max(), std::numeric_limits<unsigned long>::max());
-    if (!position || *position > kLastPosition)
+    if (!position || *position > kLastPosition - width)
         return std::nullopt;
     return position;
 }
@@ -31,8 +31,25 @@ std::optional<std::uint64_t> CtLayout::PositionOf(std::uint64_t row,
     return slot ? Position(row, *slot) : std::nullopt;
 }
 
-CtBands::CtBands(CFile& file, const CtLayout& layout, std::span<const ColorSeparationType> wanted)
-    : file_(file), layout_(layout), wanted_(std::min(wanted.size(), slots_.size()))
+void LeaveBehindRow(CFile& file, const CtLayout& layout,
+                    std::span<const ColorSeparationType> separations, std::uint64_t row)
+{
+    std::optional<std::uint64_t> last;
+    for (const ColorSeparationType separation : separations)
+        if (const auto position = layout.PositionOf(row, separation))
+            last = position;
+    if (!last)
+        return;
+    const std::uint64_t length = file.GetLength();
+    const std::uint64_t behind = length > *last ? length - *last : 0;
+    file.Seek(static_cast<LONGLONG>(*last + std::min<std::uint64_t>(behind, layout.width)),
+              CFile::begin);
+}
+
+CtBands::CtBands(CFile& file, const CtLayout& layout, std::span<const ColorSeparationType> wanted,
+                 std::span<const ByteTable> corrections)
+    : file_(file), layout_(layout), wanted_(std::min(wanted.size(), slots_.size())),
+      corrections_(corrections.begin(), corrections.end())
 {
     for (std::size_t i = 0; i < wanted_; ++i)
         slots_[i] = layout.SlotOf(wanted[i]);
@@ -54,7 +71,29 @@ bool CtBands::RowsAreNarrow() const
 void CtBands::ReadBand(std::uint64_t row, std::uint64_t rows)
 {
     const std::uint64_t bytes = rows * layout_.separations * layout_.Stride();
-    ReadOrNoInk(layout_.Position(row, 0), bytes_.data(), static_cast<std::size_t>(bytes));
+    const std::size_t held =
+        ReadOrNoInk(layout_.Position(row, 0), bytes_.data(), static_cast<std::size_t>(bytes));
+    if (!corrections_.empty())
+        CorrectBand(rows, held);
+}
+
+void CtBands::CorrectBand(std::uint64_t rows, std::size_t held)
+{
+    const auto stride = static_cast<std::size_t>(layout_.Stride());
+    for (std::uint64_t row = 0; row < rows; ++row)
+        for (std::size_t i = 0; i < wanted_; ++i) {
+            const std::size_t line = static_cast<std::size_t>(row) * layout_.separations +
+                                     slots_[i].value_or(layout_.separations);
+            const std::size_t at = line * stride;
+            if (slots_[i] && at < held)
+                Correct(i, bytes_.data() + at, std::min<std::size_t>(held - at, layout_.width));
+        }
+}
+
+void CtBands::Correct(std::size_t i, std::uint8_t* bytes, std::size_t count) const
+{
+    const ByteTable& table = corrections_[i];
+    std::transform(bytes, bytes + count, bytes, [&](std::uint8_t byte) { return table[byte]; });
 }
 
 Plates CtBands::BandRow(std::uint64_t rowInBand, const CtArea& area) const
@@ -76,14 +115,16 @@ Plates CtBands::ReadStretch(std::uint64_t row, std::size_t column, std::size_t c
         if (!position)
             continue;
         std::uint8_t* const bytes = bytes_.data() + i * count;
-        ReadOrNoInk(*position + column, bytes, count);
+        const std::size_t held = ReadOrNoInk(*position + column, bytes, count);
+        if (!corrections_.empty())
+            Correct(i, bytes, held);
         plates.plate[i] = bytes;
     }
     return plates;
 }
 
-void CtBands::ReadOrNoInk(std::optional<std::uint64_t> position, std::uint8_t* bytes,
-                          std::size_t count)
+std::size_t CtBands::ReadOrNoInk(std::optional<std::uint64_t> position, std::uint8_t* bytes,
+                                 std::size_t count)
 {
     std::size_t held = 0;
     if (position) {
@@ -91,6 +132,7 @@ void CtBands::ReadOrNoInk(std::optional<std::uint64_t> position, std::uint8_t* b
         held = file_.Read(bytes, static_cast<UINT>(count));
     }
     std::memset(bytes + held, kNoInk, count - held);
+    return held;
 }
 
 } // namespace tympan

@@ -36,7 +36,7 @@ struct CtLayout {
 
     std::uint64_t Stride() const { return std::uint64_t{ width } + width % 2; }
 
-    /// Where a separation of a row stands; nothing when no file of this machine can hold it.
+    /// Where a separation of a row stands; nothing when no file of this machine can hold all of it.
     std::optional<std::uint64_t> Position(std::uint64_t row, unsigned int slot) const;
     std::optional<std::uint64_t> PositionOf(std::uint64_t row,
                                             ColorSeparationType separation) const;
@@ -44,18 +44,24 @@ struct CtLayout {
     std::optional<unsigned int> SlotOf(ColorSeparationType separation) const;
 };
 
+/// Puts the file where reading a whole row, the separations one after the other, would leave it.
+void LeaveBehindRow(CFile& file, const CtLayout& layout,
+                    std::span<const ColorSeparationType> separations, std::uint64_t row);
+
 /// A part of a picture, the ends not in it.
 struct CtArea {
     std::uint64_t firstRow, endRow;
     std::size_t firstColumn, endColumn;
 };
 
-/// Gives the pixels of a picture's rows in stretches, a plate of `kNoInk` for each separation or
-/// row that the file doesn't hold. Reads whole rows of all separations many at a time where they
+/// Gives the pixels of a picture's rows in stretches, a plate of `kNoInk`, corrected or not, for
+/// each separation or row that the file doesn't hold. Reads whole rows of all separations many at a time where they
 /// are narrow, and stretches of single rows where they are wide, so that its memory is constant.
 class CtBands {
   public:
-    CtBands(CFile& file, const CtLayout& layout, std::span<const ColorSeparationType> wanted);
+    /// \param corrections for each separation wanted what its bytes become; none: they stay.
+    CtBands(CFile& file, const CtLayout& layout, std::span<const ColorSeparationType> wanted,
+            std::span<const ByteTable> corrections = {});
 
     /// Calls `take(row, firstColumn, plates)` for the stretches of an area, from left to right and
     /// down; columns beyond the width are left out. `plates.plate[i]` is the i-th separation
@@ -71,12 +77,16 @@ class CtBands {
     void ReadBand(std::uint64_t row, std::uint64_t rows);
     Plates BandRow(std::uint64_t rowInBand, const CtArea& area) const;
     Plates ReadStretch(std::uint64_t row, std::size_t column, std::size_t count);
-    void ReadOrNoInk(std::optional<std::uint64_t> position, std::uint8_t* bytes, std::size_t count);
+    std::size_t ReadOrNoInk(std::optional<std::uint64_t> position, std::uint8_t* bytes,
+                            std::size_t count);
+    void CorrectBand(std::uint64_t rows, std::size_t held);
+    void Correct(std::size_t i, std::uint8_t* bytes, std::size_t count) const;
 
     CFile& file_;
     const CtLayout& layout_;
     std::array<std::optional<unsigned int>, PictureParameters::kSlots> slots_{};
     std::size_t wanted_;
+    std::vector<ByteTable> corrections_;
     std::vector<std::uint8_t> bytes_;
     std::vector<std::uint8_t> noInk_;
 };

@@ -41,8 +41,8 @@ void CtFileInterface::InitMembers()
 
 CtFileInterface* CtFileInterface::Create(const CString& fileName, bool inputFile)
 {
-    std::unique_ptr<CtFileInterface> picture(new (std::nothrow) CtFileInterface);
-    return tympan::CreateOpened(std::move(picture), fileName, inputFile);
+    return tympan::CreateOpened(
+        [] { return std::unique_ptr<CtFileInterface>(new CtFileInterface); }, fileName, inputFile);
 }
 
 CtFileInterface* create_ct_file_object(const CString& fileName, bool inputFile)
@@ -71,10 +71,14 @@ bool CtFileInterface::OpenPictureFile(const CString& fileName, bool inputFile, b
                                       CFileException* fileError)
 {
     bool opened = false;
+    heldAtOpening_ = 0;
     const bool cameBack = tympan::Guarded(Failures(), kOpeningFailures, [&] {
         opened = BasePictureIF::OpenPictureFile(fileName, inputFile, reopen, fileError);
-        if (opened)
-            FileHandle().Seek(tympan::kCtFirstRow, CFile::begin);
+        if (!opened)
+            return;
+        if (inputFile)
+            heldAtOpening_ = FileHandle().GetLength();
+        FileHandle().Seek(tympan::kCtFirstRow, CFile::begin);
     });
     if (cameBack && !opened) {
         if (TraceStatus() != 0)

@@ -1,4 +1,5 @@
 // Palettes for the bitmaps of one plate.
+#include "core/failure_guard.h"
 #include "ct/ct_file.h"
 
 #include <cstddef>
@@ -49,11 +50,17 @@ void CtFileInterface::DeleteDrawing::operator()(HGDIOBJ object) const
         object); // one that the client has deleted is refused: no handle meets a newer object
 }
 
+bool CtFileInterface::HasRoomFor(std::size_t drawings)
+{
+    static constexpr tympan::FailureRow kNoRoom[] = { { tympan::Caught::Memory, 0, nullptr } };
+    return tympan::Guarded(tympan::NoTrace(), kNoRoom,
+                           [&] { drawings_.reserve(drawings_.size() + drawings); });
+}
+
 void CtFileInterface::Keep(HGDIOBJ object)
 {
-    Drawing drawing(object);
-    if (drawing != nullptr)
-        drawings_.push_back(std::move(drawing));
+    if (object != nullptr)
+        drawings_.emplace_back(object); // HasRoomFor has seen to it that this can't fail
 }
 
 HPALETTE CtFileInterface::CreateGrayScalePalette(BITMAPINFO* info, ColorSeparationType separation)
@@ -80,7 +87,7 @@ HPALETTE CtFileInterface::ApplyPaletteChanges(int* changes, ColorSeparationType 
         return nullptr;
     const std::size_t colours = std::size_t{ 1 } << static_cast<unsigned int>(bitsPerPixel);
     const PaletteMemory palette = NewPalette(colours);
-    if (palette == nullptr)
+    if (palette == nullptr || !HasRoomFor(1))
         return nullptr;
     palette->palPalEntry[colours - 1] = { 255, 255, 255, 0 };
     for (std::size_t i = 1; i < colours; ++i) {

@@ -78,41 +78,23 @@ tympan::ByteTable CorrectionOf(int** tables, ColorSeparationType separation)
 {
     tympan::ByteTable table = tympan::UnchangedBytes();
     const bool isPlate = separation >= Cyan && separation <= Black;
-    if (tables == nullptr || !isPlate || tables[separation] == nullptr)
+    if (!isPlate || tables[separation] == nullptr)
         return table;
     for (std::size_t byte = 0; byte < table.size(); ++byte)
         table[byte] = static_cast<std::uint8_t>(255 - (tables[separation][255 - byte] & 0xFF));
     return table;
 }
 
-// Corrects the four plates of stretches by the client's tables; without them it passes plates on.
-class Correction {
-  public:
-    explicit Correction(int** tables) : active_(tables != nullptr)
-    {
-        for (std::size_t i = 0; i < tables_.size(); ++i)
-            tables_[i] = CorrectionOf(tables, tympan::kCtColour[i]);
-    }
-
-    Plates Of(const Plates& plates)
-    {
-        if (!active_)
-            return plates;
-        Plates corrected{ {}, plates.count };
-        for (std::size_t i = 0; i < plates.plate.size(); ++i) {
-            scratch_[i].resize(plates.count);
-            std::transform(plates.plate[i], plates.plate[i] + plates.count, scratch_[i].begin(),
-                           [&](std::uint8_t byte) { return tables_[i][byte]; });
-            corrected.plate[i] = scratch_[i].data();
-        }
-        return corrected;
-    }
-
-  private:
-    bool active_;
-    std::array<tympan::ByteTable, 4> tables_{};
-    std::array<std::vector<std::uint8_t>, 4> scratch_;
-};
+// The corrections of the separations; none when the client gave no tables.
+std::vector<tympan::ByteTable> CorrectionsOf(int** tables,
+                                             std::span<const ColorSeparationType> separations)
+{
+    std::vector<tympan::ByteTable> corrections;
+    if (tables != nullptr)
+        for (const ColorSeparationType separation : separations)
+            corrections.push_back(CorrectionOf(tables, separation));
+    return corrections;
+}
 
 // All columns of the rows from `first` to `last`, both included.
 tympan::CtArea WholeRows(unsigned long first, unsigned long last, const tympan::CtLayout& layout)
@@ -164,6 +146,8 @@ void CtFileInterface::MakePreview(ColorSeparationType separation, int bitsPerPix
     constexpr std::size_t kHeaderAndOne = sizeof(BITMAPINFOHEADER) + sizeof(RGBQUAD);
     previewBitmap_ = nullptr;
     previewBits_ = nullptr;
+    if (!HasRoomFor(2))
+        return;
     previewInfo_.reset(
         static_cast<BITMAPINFO*>(LocalAlloc(LPTR, kHeaderAndOne + form.colours * sizeof(RGBQUAD))));
     if (previewInfo_ == nullptr)
@@ -197,9 +181,11 @@ void CtFileInterface::ExtractData(unsigned long firstRow, unsigned long lastRow,
     tympan::Guarded(Failures(), tympan::kCtDisplayFailures, [&] {
         const tympan::CtLayout layout = Layout();
         const BitmapRows rows(bits, layout.width, paletteIndexes ? 1 : 3, rowFill);
-        const tympan::TintTable tints(asGray ? Black : separation,
-                                      CorrectionOf(tables, separation));
-        tympan::CtBands bands(FileHandle(), layout, { &separation, 1 });
+        const tympan::TintTable tints(asGray ? Black : separation);
+        const std::span<const ColorSeparationType> wanted(&separation, 1);
+        // A palette's client corrects the palette, by ApplyPaletteChanges.
+        tympan::CtBands bands(FileHandle(), layout, wanted,
+                              CorrectionsOf(paletteIndexes ? nullptr : tables, wanted));
         bands.ForEachStretch(
             WholeRows(firstRow, lastRow, layout),
             [&](std::uint64_t row, std::size_t column, const Plates& plates) {
@@ -213,6 +199,7 @@ void CtFileInterface::ExtractData(unsigned long firstRow, unsigned long lastRow,
                     tints.ToBgr(plate, plates.count, target);
                 rows.Finish(row - firstRow, column + plates.count);
             });
+        tympan::LeaveBehindRow(FileHandle(), layout, wanted, lastRow);
     });
 }
 
@@ -225,13 +212,14 @@ void CtFileInterface::ExtractData(unsigned long firstRow, unsigned long lastRow,
         const auto toBgr = rows.BytesOf(lastRow - firstRow + std::uint64_t{ 1 }) > kCachedBytes
                                ? tympan::PlatesToBgrStreamed
                                : tympan::PlatesToBgr;
-        Correction correction(tables);
-        tympan::CtBands bands(FileHandle(), layout, tympan::kCtColour);
+        tympan::CtBands bands(FileHandle(), layout, tympan::kCtColour,
+                              CorrectionsOf(tables, tympan::kCtColour));
         bands.ForEachStretch(WholeRows(firstRow, lastRow, layout),
                              [&](std::uint64_t row, std::size_t column, const Plates& plates) {
-                                 toBgr(correction.Of(plates), rows.At(row - firstRow, column));
+                                 toBgr(plates, rows.At(row - firstRow, column));
                                  rows.Finish(row - firstRow, column + plates.count);
                              });
+        tympan::LeaveBehindRow(FileHandle(), layout, tympan::kCtColour, lastRow);
     });
 }
 

@@ -113,12 +113,14 @@ unsigned long CtFileInterface::ReadRow(unsigned char* buffer, unsigned int row,
     if (!position)
         return 0;
 
-    const bool asStored = horizontal == 1.0;
-    unsigned char* const target = asStored ? buffer : CurrRowBuffer();
+    // Nothing reaches the caller's buffer of a row that isn't whole, so only one that is goes there
+    // directly.
+    const bool isWhole = *position + width <= heldAtOpening_;
+    unsigned char* const target = horizontal == 1.0 && isWhole ? buffer : CurrRowBuffer();
     FileHandle().Seek(static_cast<LONGLONG>(*position), CFile::begin);
     if (FileHandle().Read(target, width) < width)
         return 0;
-    if (!asStored)
+    if (target != buffer)
         Enlarge(target, width, horizontal, buffer, *outputWidth);
     return static_cast<unsigned long>(*outputWidth);
 }
@@ -157,7 +159,7 @@ unsigned long CtFileInterface::ReadRows(unsigned char* buffer, unsigned int firs
         if (offsets != nullptr)
             offsets[i] = static_cast<unsigned long>(offset);
         const auto position = layout.PositionOf(std::uint64_t{ firstRow } + i, separation);
-        if (!position)
+        if (!position || layout.width == 0)
             continue;
         FileHandle().Seek(static_cast<LONGLONG>(*position), CFile::begin);
         FileHandle().Read(buffer + offset, layout.width);

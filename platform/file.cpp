@@ -74,7 +74,7 @@ BOOL CFile::Open(const char* path, UINT flags, CFileException* error)
 }
 
 int CFile::OpenForErrno(const char* path, UINT flags)
-{
+try {
     CString named(path); // before closing: the path may be this file's own
     CloseForErrno();
     const std::optional<tympan::OpenMode> mode = ModeOf(flags);
@@ -89,6 +89,8 @@ int CFile::OpenForErrno(const char* path, UINT flags)
     readable_ = mode->access != tympan::Access::write;
     writable_ = mode->access != tympan::Access::read;
     return 0;
+} catch (const std::bad_alloc&) {
+    return ENOMEM; // no room for the name
 }
 
 int CFile::CloseForErrno() noexcept

@@ -67,7 +67,7 @@ TEST(HeaderText, ReadsRandomTextsAsTheStandardLibraryDoes)
 
 TEST(HeaderText, EndsAtATerminatorAndAtTheField)
 {
-    EXPECT_EQ(tympan::FloatFromText(std::string_view("+.5\0007E+01", 10)), 0.5);
+    EXPECT_EQ(tympan::FloatFromText(std::string_view("+.5\0007E+01", 9)), 0.5);
     EXPECT_EQ(tympan::WholeFromText(std::string_view("+12345", 3)), 12.0);
 }
 

@@ -42,7 +42,14 @@ class Picture : public BasePictureIF {
     CountingRecord* record; // the object's
 };
 
-TEST(PictureObject, StartsClosedAndSound)
+class PictureObject : public testing::Test {
+  protected:
+    TemporaryFolder folder_;
+    std::string path_ = folder_.File("picture.ct", CtSample().Bytes());
+    Picture picture_;
+};
+
+TEST_F(PictureObject, StartsClosedAndSound)
 {
     Picture picture;
     EXPECT_TRUE(picture.ObjectStatus());
@@ -53,7 +60,7 @@ TEST(PictureObject, StartsClosedAndSound)
     EXPECT_TRUE(picture.PictureFileName().IsEmpty());
 }
 
-TEST(PictureObject, OpensAnInputAndLoadsItsRecord)
+TEST_F(PictureObject, OpensAnInputAndLoadsItsRecord)
 {
     const TemporaryFolder folder;
     const std::string path =
@@ -80,86 +87,71 @@ TEST(PictureObject, OpensAnInputAndLoadsItsRecord)
     EXPECT_EQ(picture.FileWidthInUnits(), 1.0); // clearing leaves it
 }
 
-TEST(PictureObject, AnswersTheOpenFilesBareNameAtOnce)
+TEST_F(PictureObject, AnswersTheOpenFilesBareNameAtOnce)
 {
-    const TemporaryFolder folder;
-    const std::string path = folder.File("picture.ct", CtSample().Bytes());
-    Picture picture;
-    ASSERT_TRUE(picture.OpenPictureFile(path.c_str(), true, false, nullptr));
-    picture.FileHandle().Seek(77, CFile::begin);
-    EXPECT_TRUE(picture.OpenPictureFile("picture.ct", true, false, nullptr));
-    EXPECT_EQ(picture.FileHandle().GetPosition(), 77U);
-    EXPECT_EQ(picture.record->loads, 1);
+    ASSERT_TRUE(picture_.OpenPictureFile(path_.c_str(), true, false, nullptr));
+    picture_.FileHandle().Seek(77, CFile::begin);
+    EXPECT_TRUE(picture_.OpenPictureFile("picture.ct", true, false, nullptr));
+    EXPECT_EQ(picture_.FileHandle().GetPosition(), 77U);
+    EXPECT_EQ(picture_.record->loads, 1);
 
-    EXPECT_TRUE(picture.OpenPictureFile(path.c_str(), true, false, nullptr)); // a path opens anew
-    EXPECT_EQ(picture.record->loads, 2);
-    EXPECT_EQ(picture.record->clears, 1);
-    EXPECT_FALSE(picture.OpenPictureFile("picture.ct", true, true, nullptr)); // it lies elsewhere
+    EXPECT_TRUE(picture_.OpenPictureFile(path_.c_str(), true, false, nullptr)); // a path opens anew
+    EXPECT_EQ(picture_.record->loads, 2);
+    EXPECT_EQ(picture_.record->clears, 1);
+    EXPECT_FALSE(picture_.OpenPictureFile("picture.ct", true, true, nullptr)); // it lies elsewhere
 }
 
-// No name is no open file's name.
-TEST(PictureObject, DoesNotOpenAnEmptyName)
+// An empty name is that of an object without a file: nothing is opened.
+TEST_F(PictureObject, AnEmptyNameOpensNothing)
 {
     Picture picture;
-    EXPECT_FALSE(picture.OpenPictureFile("", true, false, nullptr));
-    EXPECT_FALSE(picture.ObjectStatus());
+    EXPECT_TRUE(picture.OpenPictureFile("", true, false, nullptr));
+    EXPECT_FALSE(picture.IsPictureFileOpen());
 }
 
-TEST(PictureObject, AFailureMarksItForGood)
+TEST_F(PictureObject, AFailureMarksItForGood)
 {
-    const TemporaryFolder folder;
-    const std::string path = folder.File("picture.ct", CtSample().Bytes());
-    Picture picture;
-    EXPECT_FALSE(picture.OpenPictureFile(folder.Path("missing").c_str(), true, false, nullptr));
-    EXPECT_EQ(picture.TraceStatus(), 0U);
-    EXPECT_TRUE(picture.OpenPictureFile(path.c_str(), true, false, nullptr));
-    EXPECT_FALSE(picture.ObjectStatus());
+    EXPECT_FALSE(picture_.OpenPictureFile(folder_.Path("missing").c_str(), true, false, nullptr));
+    EXPECT_EQ(picture_.TraceStatus(), 0U);
+    EXPECT_TRUE(picture_.OpenPictureFile(path_.c_str(), true, false, nullptr));
+    EXPECT_FALSE(picture_.ObjectStatus());
 }
 
-TEST(PictureObject, ARefusedFileStaysOpen)
+TEST_F(PictureObject, ARefusedFileStaysOpen)
 {
-    const TemporaryFolder folder;
-    const std::string path = folder.File("picture.ct", CtSample().Bytes());
-    Picture picture;
-    picture.record->refuses = true;
-    EXPECT_FALSE(picture.OpenPictureFile(path.c_str(), true, false, nullptr));
-    EXPECT_TRUE(picture.IsPictureFileOpen());
-    EXPECT_EQ(picture.FileHandle().GetPosition(), 0U);
+    picture_.record->refuses = true;
+    EXPECT_FALSE(picture_.OpenPictureFile(path_.c_str(), true, false, nullptr));
+    EXPECT_TRUE(picture_.IsPictureFileOpen());
+    EXPECT_EQ(picture_.FileHandle().GetPosition(), 0U);
 }
 
-TEST(PictureObject, ThrowsTheGivenFailureAndOnlyForOne)
+TEST_F(PictureObject, ThrowsTheGivenFailureAndOnlyForOne)
 {
-    const TemporaryFolder folder;
-    const std::string path = folder.File("picture.ct", CtSample().Bytes());
-    Picture picture;
     CFileException given;
-    EXPECT_TRUE(picture.OpenPictureFile(path.c_str(), true, false, &given));
+    EXPECT_TRUE(picture_.OpenPictureFile(path_.c_str(), true, false, &given));
     try {
-        picture.OpenPictureFile(folder.Path("missing").c_str(), true, false, &given);
+        picture_.OpenPictureFile(folder_.Path("missing").c_str(), true, false, &given);
         FAIL() << "nothing was thrown";
     } catch (CFileException* thrown) {
         EXPECT_EQ(thrown, &given);
         EXPECT_EQ(given.m_cause, CFileException::fileNotFound);
     }
-    EXPECT_FALSE(picture.ObjectStatus());
+    EXPECT_FALSE(picture_.ObjectStatus());
 }
 
-TEST(PictureObject, AnOutputIsEmptiedAndLoadsNothing)
+TEST_F(PictureObject, AnOutputIsEmptiedAndLoadsNothing)
 {
-    const TemporaryFolder folder;
-    const std::string path = folder.File("picture.ct", CtSample().Bytes());
-    Picture picture;
-    ASSERT_TRUE(picture.OpenPictureFile(path.c_str(), false, false, nullptr));
-    EXPECT_FALSE(picture.IsPictureInputFile());
-    EXPECT_EQ(picture.record->loads, 0);
-    EXPECT_EQ(std::filesystem::file_size(path), 0U);
-    picture.FileWidthInPixels(5);
-    EXPECT_TRUE(picture.SavePictureParams());
-    EXPECT_EQ(picture.FileHandle().GetPosition(), 1080U);
-    EXPECT_EQ(BytesOf(path).size(), 1080U);
+    ASSERT_TRUE(picture_.OpenPictureFile(path_.c_str(), false, false, nullptr));
+    EXPECT_FALSE(picture_.IsPictureInputFile());
+    EXPECT_EQ(picture_.record->loads, 0);
+    EXPECT_EQ(std::filesystem::file_size(path_), 0U);
+    picture_.FileWidthInPixels(5);
+    EXPECT_TRUE(picture_.SavePictureParams());
+    EXPECT_EQ(picture_.FileHandle().GetPosition(), 1080U);
+    EXPECT_EQ(BytesOf(path_).size(), 1080U);
 }
 
-TEST(PictureObject, NumbersTheSeparations)
+TEST_F(PictureObject, NumbersTheSeparations)
 {
     EXPECT_EQ(BasePictureIF::AvailableSeps(0), Cyan);
     EXPECT_EQ(BasePictureIF::AvailableSeps(3), Black);
@@ -167,7 +159,7 @@ TEST(PictureObject, NumbersTheSeparations)
     EXPECT_EQ(BasePictureIF::AvailableSeps(~0U), NoSeparation);
 }
 
-TEST(PictureObject, WithoutARecordAnswersAsAnEmptyOne)
+TEST_F(PictureObject, WithoutARecordAnswersAsAnEmptyOne)
 {
     const TemporaryFolder folder;
     const std::string path = folder.File("picture.ct", CtSample().Bytes());

@@ -21,17 +21,15 @@ struct TintCase {
     unsigned long colour;
 };
 
-const TintCase kTintCases[] = {
-    { 255, Cyan, 0x00FFFFFF },
-    { 0, Cyan, 0x00FFFF00 },
-    { 0, Magenta, 0x00FF00FF },
-    { 0, Yellow, 0x0000FFFF },
-    { 100, Black, 0x00646464 },
-    { 100, NoSeparation, 0x00FFFFFF },
-    { 100, AllSeparations, 0x00FFFFFF },
-    { 100, 5, 0x00FFFFFF },
-    { 7, -1, 0x00FFFFFF },
-};
+const TintCase kTintCases[] = { { 255, Cyan, 0x00FFFFFF },
+                                { 0, Cyan, 0x00FFFF00 },
+                                { 0, Magenta, 0x00FF00FF },
+                                { 0, Yellow, 0x0000FFFF },
+                                { 100, Black, 0x00646464 },
+                                { 100, NoSeparation, 0x00FFFFFF },
+                                { 100, AllSeparations, 0x00FFFFFF },
+                                { 100, 5, 0x00FFFFFF },
+                                { 7, -1, 0x00FFFFFF } };
 
 TEST(PixelColour, TintsOnePlate)
 {

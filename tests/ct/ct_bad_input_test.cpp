@@ -8,7 +8,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <functional>
 #include <memory>
 #include <random>
 
@@ -23,67 +22,54 @@ constexpr char kAborting[] = "CT File Interface:\n:Error Opening file, aborting!
 
 struct BadCase {
     const char* name;
-    std::function<void(Bytes&)> change;
+    std::size_t length; // of the file
+    int count, mask;
+    const char *height, *width;
     bool opens;
     unsigned long recordStatus;
 };
 
-void PutPixels(Bytes& bytes, const char* height, const char* width)
-{
-    CtSample::PutText(bytes, 1056, height);
-    CtSample::PutText(bytes, 1068, width);
-}
+constexpr std::size_t kAll = 2048 + 3 * 4 * 4;
+constexpr char kFour[] = "+00000000004", kNone[] = "+00000000000", kMost[] = "+02147483647";
 
 const BadCase kBadCases[] = {
-    { "empty", [](Bytes& bytes) { bytes.clear(); }, false, 90066 },
-    { "ends before the count", [](Bytes& bytes) { bytes.resize(1025); }, false, 90066 },
-    { "ends in the sizes", [](Bytes& bytes) { bytes.resize(1060); }, true, 0 },
-    { "ends behind the header's fields", [](Bytes& bytes) { bytes.resize(1080); }, true, 0 },
-    { "ends in a row", [](Bytes& bytes) { bytes.resize(2055); }, true, 0 },
-    { "three separations",
-      [](Bytes& bytes) {
-          bytes[1025] = 3;
-          bytes[1027] = 7;
-      },
-      false, 90066 },
-    { "no separations",
-      [](Bytes& bytes) {
-          bytes[1025] = 0;
-          bytes[1027] = 0;
-      },
-      false, 90066 },
-    { "a mask of two", [](Bytes& bytes) { bytes[1027] = 3; }, false, 90066 },
-    { "sizes of 0", [](Bytes& bytes) { PutPixels(bytes, "+00000000000", "+00000000000"); }, true,
-      0 },
-    { "sizes below 0", [](Bytes& bytes) { PutPixels(bytes, "-00000000004", "-00000000004"); }, true,
-      0 },
-    { "sizes that are words",
-      [](Bytes& bytes) { PutPixels(bytes, "four pixels ", "four pixels "); }, true, 0 },
-    { "the tallest", [](Bytes& bytes) { PutPixels(bytes, "+02147483647", "+00000000004"); }, true,
-      0 },
-    { "the widest", [](Bytes& bytes) { PutPixels(bytes, "+00000000003", "+02147483647"); }, false,
-      0 },
-    { "just wider than is taken on trust",
-      [](Bytes& bytes) { PutPixels(bytes, "+00000000003", "+00016777217"); }, false, 0 },
-    { "as wide as is taken on trust",
-      [](Bytes& bytes) { PutPixels(bytes, "+00000000003", "+00016777216"); }, true, 0 },
-    { "no units",
-      [](Bytes& bytes) {
-          CtSample::PutSize(bytes, 1028, 0.0);
-          CtSample::PutSize(bytes, 1042, 0.0);
-      },
-      true, 0 },
+    { "empty", 0, 4, 15, kFour, kFour, false, 90066 },
+    { "ends before the count", 1025, 4, 15, kFour, kFour, false, 90066 },
+    { "ends in the sizes", 1060, 4, 15, kFour, kFour, true, 0 },
+    { "ends behind the header's fields", 1080, 4, 15, kFour, kFour, true, 0 },
+    { "ends in a row", 2055, 4, 15, kFour, kFour, true, 0 },
+    { "three separations", kAll, 3, 7, kFour, kFour, false, 90066 },
+    { "no separations", kAll, 0, 0, kFour, kFour, false, 90066 },
+    { "a mask of two", kAll, 4, 3, kFour, kFour, false, 90066 },
+    { "sizes of 0", kAll, 4, 15, kNone, kNone, true, 0 },
+    { "sizes below 0", kAll, 4, 15, "-00000000004", "-00000000004", true, 0 },
+    { "sizes that are words", kAll, 4, 15, "four pixels ", "four pixels ", true, 0 },
+    { "the tallest", kAll, 4, 15, kMost, kFour, true, 0 },
+    { "the widest", kAll, 4, 15, kFour, kMost, false, 0 },
+    { "just wider than is taken on trust", kAll, 4, 15, kFour, "+00016777217", false, 0 },
+    { "as wide as is taken on trust", kAll, 4, 15, kFour, "+00016777216", true, 0 },
 };
+
+Bytes BytesOf(const BadCase& bad, double inches)
+{
+    Bytes bytes = CtSample{ .inchesHigh = inches, .inchesWide = inches }.Bytes();
+    bytes[1025] = static_cast<unsigned char>(bad.count);
+    bytes[1027] = static_cast<unsigned char>(bad.mask);
+    CtSample::PutText(bytes, 1056, bad.height);
+    CtSample::PutText(bytes, 1068, bad.width);
+    bytes.resize(bad.length);
+    return bytes;
+}
 
 TEST(CtBadInput, EndsInTheRightCode)
 {
     const TemporaryFolder folder;
     const std::string good = folder.File("good.ct", CtSample{}.Bytes());
-    for (const BadCase& bad : kBadCases) {
+    for (std::size_t i = 0; i < 2 * std::size(kBadCases); ++i) {
+        const BadCase& bad = kBadCases[i / 2];
         SCOPED_TRACE(bad.name);
-        Bytes bytes = CtSample{}.Bytes();
-        bad.change(bytes);
-        const std::string path = folder.File("bad.ct", bytes);
+        const double inches = i % 2 == 0 ? 0.0 : 1.0; // resolutions without bound, and finite ones
+        const std::string path = folder.File("bad.ct", BytesOf(bad, inches));
         const std::unique_ptr<CtFileInterface> picture(create_ct_file_object(path.c_str(), true));
         ASSERT_NE(picture, nullptr);
         EXPECT_EQ(picture->ObjectStatus(), bad.opens);

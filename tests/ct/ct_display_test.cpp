@@ -18,6 +18,13 @@ using tympan::test::CtSample;
 using tympan::test::TemporaryFolder;
 using Bytes = std::vector<unsigned char>;
 
+// Of the four plates, or of one.
+template <typename... Inks>
+unsigned long Rgb(Inks&&... inks)
+{
+    return PictureFileInterface::CalculatePixelAsRGB(inks...);
+}
+
 // The picture as the sample's bytes tell it, without the library's readers.
 class Picture {
   public:
@@ -30,21 +37,32 @@ class Picture {
 
     unsigned char Byte(unsigned int x, std::size_t row, unsigned int slot) const
     {
-        const std::size_t place =
-            2048 + (std::size_t{ sample_.separations } * row + slot) * sample_.Stride() + x;
+        const std::size_t place = sample_.Place(static_cast<unsigned int>(row), slot) + x;
         return slot < sample_.separations && place < bytes_.size() ? bytes_[place] : 255;
     }
     unsigned long Colour(unsigned int x, std::size_t row) const
     {
         const unsigned char pixel[] = { Byte(x, row, 0), Byte(x, row, 1), Byte(x, row, 2),
                                         Byte(x, row, 3) };
-        return PictureFileInterface::CalculatePixelAsRGB(pixel);
+        return Rgb(pixel);
     }
     unsigned long Tint(unsigned int x, std::size_t row, ColorSeparationType separation) const
     {
         const bool held = separation >= Cyan && separation <= Black;
-        return PictureFileInterface::CalculatePixelAsRGB(
-            held ? Byte(x, row, static_cast<unsigned int>(separation)) : 255, separation);
+        const unsigned char byte = held ? Byte(x, row, static_cast<unsigned int>(separation)) : 255;
+        return Rgb(byte, separation);
+    }
+
+    // A new bitmap, whatever rows are asked for.
+    HBITMAP Shown(ColorSeparationType type, int depth = 24, int** tables = nullptr) const
+    {
+        return object->Display(nullptr, nullptr, type, 0, 0, depth, tables, false);
+    }
+    // Rows drawn into a bitmap that there is.
+    HBITMAP Again(HBITMAP bitmap, ColorSeparationType type, unsigned int first, unsigned int last,
+                  int depth) const
+    {
+        return object->Display(nullptr, bitmap, type, first, last, depth, nullptr, false);
     }
 
     std::unique_ptr<CtFileInterface> object;
@@ -168,18 +186,15 @@ TEST(CtPreview, ALargePictureEqualsTheRule)
     for (int ink = 0; ink < 256; ++ink)
         inverted[static_cast<std::size_t>(ink)] = 255 - ink;
     int* tables[] = { inverted.data(), inverted.data(), inverted.data(), inverted.data() };
-    const ReadBack plain(
-        picture.object->Display(nullptr, nullptr, AllSeparations, 0, 0, 24, nullptr, false));
-    const ReadBack corrected(
-        picture.object->Display(nullptr, nullptr, AllSeparations, 0, 0, 24, tables, false));
+    const ReadBack plain(picture.Shown(AllSeparations));
+    const ReadBack corrected(picture.Shown(AllSeparations, 24, tables));
     for (unsigned int y = 0; y < size.height; y += 37)
         for (unsigned int x = 0; x < size.width; ++x) {
             unsigned char pixel[4];
             for (unsigned int slot = 0; slot < 4; ++slot)
                 pixel[slot] = static_cast<unsigned char>(255 - picture.Byte(x, y, slot));
             ASSERT_EQ(plain.At(x, y), picture.Colour(x, y)) << x << ' ' << y;
-            ASSERT_EQ(corrected.At(x, y), PictureFileInterface::CalculatePixelAsRGB(pixel))
-                << x << ' ' << y;
+            ASSERT_EQ(corrected.At(x, y), Rgb(pixel)) << x << ' ' << y;
         }
 }
 
@@ -197,21 +212,17 @@ TEST(CtPreview, CorrectsInksByTables)
     };
 
     const Picture picture(CtSample{ .width = 23, .height = 5 });
-    const ReadBack colour(
-        picture.object->Display(nullptr, nullptr, AllSeparations, 0, 0, 24, pointers, false));
-    const ReadBack magenta(
-        picture.object->Display(nullptr, nullptr, Magenta, 0, 0, 24, pointers, false));
+    const ReadBack colour(picture.Shown(AllSeparations, 24, pointers));
+    const ReadBack magenta(picture.Shown(Magenta, 24, pointers));
     pointers[2] = nullptr; // corrects nothing
-    const ReadBack yellow(
-        picture.object->Display(nullptr, nullptr, Yellow, 0, 0, 24, pointers, false));
+    const ReadBack yellow(picture.Shown(Yellow, 24, pointers));
     for (unsigned int y = 0; y < 5; ++y)
         for (unsigned int x = 0; x < 23; ++x) {
             unsigned char pixel[4];
             for (unsigned int slot = 0; slot < 4; ++slot)
                 pixel[slot] = corrected(picture.Byte(x, y, slot), slot);
-            ASSERT_EQ(colour.At(x, y), PictureFileInterface::CalculatePixelAsRGB(pixel));
-            ASSERT_EQ(magenta.At(x, y),
-                      PictureFileInterface::CalculatePixelAsRGB(pixel[1], Magenta));
+            ASSERT_EQ(colour.At(x, y), Rgb(pixel));
+            ASSERT_EQ(magenta.At(x, y), Rgb(pixel[1], Magenta));
             ASSERT_EQ(yellow.At(x, y), picture.Tint(x, y, Yellow));
         }
 }
@@ -221,8 +232,7 @@ TEST(CtPreview, EightBitsAreIndexesIntoThePalette)
     for (const int separation : { 0, 1, 2, 3 }) {
         const auto type = static_cast<ColorSeparationType>(separation);
         const Picture picture(CtSample{ .width = 101, .height = 4 });
-        const HBITMAP bitmap =
-            picture.object->Display(nullptr, nullptr, type, 0, 3, 8, nullptr, false);
+        const HBITMAP bitmap = picture.Shown(type, 8);
         PALETTEENTRY entries[256];
         ASSERT_EQ(GetPaletteEntries(picture.object->Palette(), 0, 256, entries), 256U);
         EXPECT_EQ(RGB(entries[0].peRed, entries[0].peGreen, entries[0].peBlue), 0x00FFFFFFU);
@@ -241,26 +251,21 @@ TEST(CtPreview, EightBitsAreIndexesIntoThePalette)
 TEST(CtPreview, RefusesOtherDepthsAndChangesNothing)
 {
     const Picture picture(CtSample{});
-    const HBITMAP bitmap = picture.object->Display(nullptr, nullptr, Cyan, 0, 2, 8, nullptr, false);
+    const HBITMAP bitmap = picture.Shown(Cyan, 8);
     const HPALETTE palette = picture.object->Palette();
     for (const int depth : { 0, 1, 4, 16, 32, -8, 2147483647 })
-        EXPECT_EQ(picture.object->Display(nullptr, nullptr, Cyan, 0, 2, depth, nullptr, false),
-                  nullptr)
-            << depth;
-    EXPECT_EQ(picture.object->Display(nullptr, nullptr, AllSeparations, 0, 2, 8, nullptr, false),
-              nullptr);
+        EXPECT_EQ(picture.Again(nullptr, Cyan, 0, 2, depth), nullptr) << depth;
+    EXPECT_EQ(picture.Shown(AllSeparations, 8), nullptr);
     EXPECT_EQ(picture.object->Palette(), palette);
-    EXPECT_EQ(picture.object->Display(nullptr, bitmap, Cyan, 0, 2, 8, nullptr, false), bitmap);
-    EXPECT_EQ(picture.object->Display(nullptr, bitmap, Cyan, 2, 1, 7, nullptr, false), bitmap);
+    EXPECT_EQ(picture.Again(bitmap, Cyan, 0, 2, 8), bitmap);
+    EXPECT_EQ(picture.Again(bitmap, Cyan, 2, 1, 7), bitmap);
 }
 
 TEST(CtPreview, FillsABitmapAgainFromItsStart)
 {
     const Picture picture(CtSample{ .width = 9, .height = 6 });
-    const HBITMAP bitmap =
-        picture.object->Display(nullptr, nullptr, AllSeparations, 0, 0, 24, nullptr, false);
-    ASSERT_EQ(picture.object->Display(nullptr, bitmap, AllSeparations, 2, 3, 24, nullptr, false),
-              bitmap);
+    const HBITMAP bitmap = picture.Shown(AllSeparations);
+    ASSERT_EQ(picture.Again(bitmap, AllSeparations, 2, 3, 24), bitmap);
     const ReadBack shown(bitmap);
     for (unsigned int x = 0; x < 9; ++x)
         for (unsigned int y = 0; y < 6; ++y)
@@ -271,29 +276,23 @@ TEST(CtPreview, FillsABitmapAgainFromItsStart)
 TEST(CtPreview, NeverWritesPastABitmapsEnd)
 {
     const Picture picture(CtSample{ .width = 9, .height = 6 });
-    const HBITMAP bitmap =
-        picture.object->Display(nullptr, nullptr, Black, 0, 0, 8, nullptr, false);
+    const HBITMAP bitmap = picture.Shown(Black, 8);
     for (const unsigned int last : { 5U, 6U, 100U, ~0U })
         for (const int depth : { 8, 24 })
-            EXPECT_EQ(
-                picture.object->Display(nullptr, bitmap, Black, 0, last, depth, nullptr, false),
-                bitmap);
-    EXPECT_EQ(picture.object->Display(nullptr, bitmap, Black, ~0U, ~0U, 8, nullptr, false), bitmap);
+            EXPECT_EQ(picture.Again(bitmap, Black, 0, last, depth), bitmap);
+    EXPECT_EQ(picture.Again(bitmap, Black, ~0U, ~0U, 8), bitmap);
     picture.object->FileWidthInPixels(1000);
-    EXPECT_EQ(picture.object->Display(nullptr, bitmap, AllSeparations, 0, 5, 24, nullptr, false),
-              bitmap);
+    EXPECT_EQ(picture.Again(bitmap, AllSeparations, 0, 5, 24), bitmap);
     picture.object->FileWidthInPixels(0);
-    EXPECT_EQ(picture.object->Display(nullptr, bitmap, AllSeparations, 0, 5, 24, nullptr, false),
-              bitmap);
+    EXPECT_EQ(picture.Again(bitmap, AllSeparations, 0, 5, 24), bitmap);
 }
 
 TEST(CtPreview, AStaleBitmapCountsAsNone)
 {
     const Picture picture(CtSample{ .width = 9, .height = 6 });
-    const HBITMAP first =
-        picture.object->Display(nullptr, nullptr, Black, 0, 0, 24, nullptr, false);
+    const HBITMAP first = picture.Shown(Black);
     EXPECT_EQ(picture.object->FreePreview(first), nullptr);
-    const HBITMAP second = picture.object->Display(nullptr, first, Black, 3, 3, 24, nullptr, false);
+    const HBITMAP second = picture.Again(first, Black, 3, 3, 24);
     ASSERT_NE(second, nullptr);
     EXPECT_NE(second, first);
     EXPECT_EQ(ReadBack(second).At(4, 1), picture.Tint(4, 1, Black)); // made new, so drawn whole
@@ -301,7 +300,7 @@ TEST(CtPreview, AStaleBitmapCountsAsNone)
     // A living bitmap of the client's, but the object's own is gone.
     Canvas mine(4, 4);
     EXPECT_EQ(picture.object->FreePreview(second), nullptr);
-    const HBITMAP third = picture.object->Display(nullptr, second, Black, 0, 0, 24, nullptr, false);
+    const HBITMAP third = picture.Again(second, Black, 0, 0, 24);
     EXPECT_TRUE(tympan::IsLiveBitmap(third));
     EXPECT_EQ(picture.object->FreePreview(nullptr), nullptr);
 }
@@ -313,19 +312,19 @@ TEST(CtPreview, OwnsWhatTheClientLeaves)
     HPALETTE palette = nullptr;
     {
         const Picture picture(CtSample{});
-        kept = picture.object->Display(nullptr, nullptr, Black, 0, 0, 8, nullptr, false);
+        kept = picture.Shown(Black, 8);
         palette = picture.object->Palette();
-        newest = picture.object->Display(nullptr, nullptr, Cyan, 0, 0, 8, nullptr, false);
+        newest = picture.Shown(Cyan, 8);
         EXPECT_TRUE(tympan::IsLiveBitmap(kept)); // the client's until it frees it
         std::array<int, 256> changes{};
         const HPALETTE changed = picture.object->ApplyPaletteChanges(changes.data(), Cyan, 8);
         EXPECT_EQ(picture.object->Palette(), changed);
-        PALETTEENTRY entry;
+        PALETTEENTRY entry{};
         EXPECT_EQ(GetPaletteEntries(palette, 0, 1, &entry), 1U);
     }
     EXPECT_FALSE(tympan::IsLiveBitmap(kept));
     EXPECT_FALSE(tympan::IsLiveBitmap(newest));
-    PALETTEENTRY entry;
+    PALETTEENTRY entry{};
     EXPECT_EQ(GetPaletteEntries(palette, 0, 1, &entry), 0U);
 }
 
@@ -341,9 +340,7 @@ TEST(CtPreview, MakesPalettes)
     for (std::size_t i = 1; i < 256; ++i) {
         const auto value = static_cast<unsigned char>(255 - (changes[i] & 0xFF));
         const PALETTEENTRY& entry = entries[255 - i];
-        ASSERT_EQ(RGB(entry.peRed, entry.peGreen, entry.peBlue),
-                  PictureFileInterface::CalculatePixelAsRGB(value, Magenta))
-            << i;
+        ASSERT_EQ(RGB(entry.peRed, entry.peGreen, entry.peBlue), Rgb(value, Magenta)) << i;
     }
     EXPECT_EQ(RGB(entries[255].peRed, entries[255].peGreen, entries[255].peBlue), 0x00FFFFFFU);
 
@@ -369,16 +366,54 @@ TEST(CtPreview, RowsThatTheFileDoesNotHoldAreNoInk)
 {
     const CtSample sample{ .width = 8, .height = 6 };
     const Picture picture(sample, sample.Place(3, 2) + 5); // ends in yellow of row 3
-    const ReadBack shown(
-        picture.object->Display(nullptr, nullptr, AllSeparations, 0, 0, 24, nullptr, false));
-    const ReadBack yellow(
-        picture.object->Display(nullptr, nullptr, Yellow, 0, 0, 24, nullptr, false));
+    const ReadBack shown(picture.Shown(AllSeparations));
+    const ReadBack yellow(picture.Shown(Yellow));
     for (unsigned int y = 0; y < 6; ++y)
         for (unsigned int x = 0; x < 8; ++x) {
             ASSERT_EQ(shown.At(x, y), picture.Colour(x, y)) << x << ' ' << y;
             ASSERT_EQ(yellow.At(x, y), picture.Tint(x, y, Yellow)) << x << ' ' << y;
         }
     EXPECT_EQ(shown.At(0, 5), 0x00FFFFFFU);
+}
+
+// A table that makes ink of no ink corrects what is there, and nothing else.
+TEST(CtPreview, TablesMakeNoInkOfWhatTheFileDoesNotHold)
+{
+    std::array<int, 256> full{};
+    full.fill(255);
+    int* tables[] = { full.data(), full.data(), full.data(), full.data() };
+    const CtSample sample{ .width = 300, .height = 6 };
+    const Picture cut(sample, sample.Place(3, 2) + 5); // ends in yellow of row 3
+    const Picture single(CtSample{ .width = 300, .height = 2, .separations = 1 });
+    const auto shown = [&](const Picture& picture, ColorSeparationType separation) {
+        return picture.object->Display(nullptr, nullptr, separation, 0, 0, 24, tables, false);
+    };
+    const ReadBack yellow(shown(cut, Yellow));
+    EXPECT_EQ(yellow.At(4, 3), 0x0000FFFFU);
+    EXPECT_EQ(yellow.At(5, 3), 0x00FFFFFFU);
+    const ReadBack all(shown(cut, AllSeparations));
+    EXPECT_EQ(all.At(4, 2), 0x00000000U);
+    EXPECT_EQ(all.At(299, 3), 0x00FF0000U); // cyan and magenta alone
+    EXPECT_EQ(all.At(0, 4), 0x00FFFFFFU);
+    EXPECT_EQ(ReadBack(shown(single, Magenta)).At(0, 0), 0x00FFFFFFU);
+    EXPECT_EQ(ReadBack(shown(single, AllSeparations)).At(0, 0), 0x00FFFF00U); // cyan alone
+}
+
+// Where reading the rows one by one would leave the file, whatever was read.
+TEST(CtDisplay, LeavesTheFileBehindTheLastRow)
+{
+    const CtSample sample{ .width = 9, .height = 5 };
+    const Picture picture(sample);
+    const auto position = [&] { return picture.object->FileHandle().GetPosition(); };
+    Canvas canvas(4, 20);
+    picture.object->Display(1, 2, canvas.dc);
+    EXPECT_EQ(position(), sample.Place(2, 3) + 9);
+    picture.object->Display(0, 1, &canvas.dc, Cyan);
+    EXPECT_EQ(position(), sample.Place(1, 0) + 9);
+    picture.object->ExtractCMYKPixelInfo(0, 3);
+    EXPECT_EQ(position(), sample.Place(3, 3) + 9);
+    picture.object->Display(nullptr, nullptr, AllSeparations, 0, 0, 24, nullptr, false);
+    EXPECT_EQ(position(), sample.Place(4, 3) + 9);
 }
 
 TEST(CtDisplay, AFailureLeavesItsCode)

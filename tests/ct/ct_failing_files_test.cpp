@@ -18,9 +18,9 @@ namespace {
 
 using tympan::test::CtSample;
 using tympan::test::Failing;
-using tympan::test::FailingFileSystem;
 using tympan::test::FileOperation;
 using tympan::test::MemoryFileSystem;
+using tympan::test::WatchedFileSystem;
 
 // A sample in memory, and what can be made to fail on the way to it.
 class FailingSample : public testing::Test {
@@ -43,7 +43,7 @@ class FailingSample : public testing::Test {
 
     CtSample sample_{ .width = 9, .height = 6 };
     MemoryFileSystem memory_;
-    FailingFileSystem files_{ memory_ };
+    WatchedFileSystem files_{ memory_ };
     tympan::ScopedFileSystem scoped_{ files_ };
 };
 
@@ -114,27 +114,19 @@ TEST_F(FailingSample, AReadThatFailsLeavesItsCode)
               return picture.GetPictureRows(buffer, 0, 6, rowsInfo, offsets, Black, 100, false);
           } },
         { "colours on a context", 90030,
-          [&](auto& picture) {
-              picture.Display(0, 5, canvas.dc);
-              return 0UL;
-          } },
+          [&](auto& picture) { return picture.Display(0, 5, canvas.dc), 0UL; } },
         { "a plate on a context", 90030,
-          [&](auto& picture) {
-              picture.Display(0, 5, &canvas.dc, Magenta);
-              return 0UL;
-          } },
+          [&](auto& picture) { return picture.Display(0, 5, &canvas.dc, Magenta), 0UL; } },
         { "the colour bitmap", 90030,
           [&](auto& picture) {
-              return picture.Display(nullptr, nullptr, AllSeparations, 0, 5, 24, nullptr, false) ==
-                             nullptr
+              return !picture.Display(nullptr, nullptr, AllSeparations, 0, 5, 24, nullptr, false)
                          ? 1UL
                          : 0UL;
           } },
         { "a plate's bitmap", 90030,
           [&](auto& picture) {
-              return picture.Display(nullptr, nullptr, Yellow, 0, 5, 8, nullptr, false) == nullptr
-                         ? 1UL
-                         : 0UL;
+              return !picture.Display(nullptr, nullptr, Yellow, 0, 5, 8, nullptr, false) ? 1UL
+                                                                                         : 0UL;
           } },
         { "inks", 0, [&](auto& picture) { return picture.ExtractCMYKPixelInfo(1, 1); } },
     };
