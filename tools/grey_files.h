@@ -13,7 +13,8 @@ namespace tympan::tool {
 std::span<const std::string_view> GreyEndings();
 
 /// A file of one byte a pixel, 255 white, of the kind that the ending names: .pgm, .png, .tif,
-/// .tiff, or .raw, the rows and nothing else. \throws FileFailure when the file can't be begun.
+/// .tiff, or .raw, the rows and nothing else.
+/// \throws FileFailure when the file can't be begun.
 std::unique_ptr<RowWriter> MakeGreyFile(std::string_view ending, const OutputFile& output,
                                         const WrittenForm& form);
 

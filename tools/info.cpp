@@ -99,6 +99,8 @@ Json AsJson(const Known& known)
 
 std::string Number(double number, int decimals)
 {
+    if (!std::isfinite(number))
+        return "unknown";
     std::array<char, 64> text{};
     std::snprintf(text.data(), text.size(), "%.*f", decimals, number);
     std::string result(text.data());

@@ -19,7 +19,7 @@ namespace tympan::tool {
 
 namespace {
 
-constexpr std::array kEndingSignals{ SIGHUP, SIGINT, SIGTERM };
+constexpr std::array kEndingSignals{ SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGXCPU };
 
 // The name that a signal's handler removes, or null.
 std::atomic<const char*> unfinished{ nullptr };
@@ -100,7 +100,7 @@ std::string BehindLinks(const std::string& path)
         return path;
     const std::filesystem::path target = std::filesystem::canonical(path, error);
     if (error)
-        throw FileFailure(path, "a symbolic link to: " + error.message());
+        throw FileFailure(path, "is a symbolic link that leads nowhere: " + error.message());
     return target.string();
 }
 
@@ -118,6 +118,14 @@ std::string TemporaryName(const std::string& target)
 int MakeNew(const std::string& path)
 {
     return open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+}
+
+// A file that takes the place of another has its mode, where that can be had.
+void KeepMode(const std::string& replaced, int file)
+{
+    struct stat there {};
+    if (stat(replaced.c_str(), &there) == 0 && fchmod(file, there.st_mode & 07777U) != 0)
+        return; // the umask's mode is a mode too
 }
 
 void Synchronise(const std::string& path, const std::string& shownPath)
@@ -158,6 +166,7 @@ OutputFile::OutputFile(const std::string& path, const std::string& input) : path
         throw SystemFailure(path, errno,
                             "The folder must exist and you must be able to write in "
                             "it.");
+    KeepMode(target_, file);
     close(file);
     RememberForSignals(writingPath_);
 }

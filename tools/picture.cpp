@@ -94,7 +94,7 @@ FileFailure FailureOf(const std::string& path, const BasePictureIF& picture,
 {
     const unsigned long code = CodeOf(picture);
     if (const CodeText* const known = TextOfCode(code))
-        return { path, known->text, code, advice.empty() ? known->advice : advice };
+        return { path, known->text, code, *known->advice != '\0' ? known->advice : advice };
     const std::string told = OnOneLine(picture.ErrorMsg().GetString());
     return { path, picture.TraceStatus() != 0 ? told : fallback, code, advice };
 }
@@ -236,7 +236,7 @@ void AddAsOption(CLI::App& command, std::string& asFormat)
 
 bool IsSameResolution(double read, double meant)
 {
-    return std::abs(read - meant) <= meant * 1e-6 + 1e-4;
+    return std::isfinite(read) && std::abs(read - meant) <= std::abs(read) * 1e-6 + 1e-4;
 }
 
 void RequirePixels(const Picture& picture)

@@ -67,7 +67,8 @@ void RequirePixels(const Picture& picture);
 
 /// The first row, of all that the header claims, that the file doesn't hold whole; nothing when it
 /// holds them all, or the picture isn't a CT. For each row all separations must be there; padding
-/// behind the last needn't. \throws FileFailure when the file can't be read.
+/// behind the last needn't.
+/// \throws FileFailure when the file can't be read.
 std::optional<std::uint32_t> FirstMissingRow(const Picture& picture);
 
 /// The failure of a file that ends before its rows do.

@@ -77,7 +77,8 @@ struct CloseStream {
 };
 using Stream = std::unique_ptr<std::FILE, CloseStream>;
 
-/// Opens a plain file to be read. \throws FileFailure
+/// Opens a plain file to be read.
+/// \throws FileFailure
 Stream OpenStream(const std::string& path);
 
 /// A resolution as a file has it; nothing when a side of it is no finite number above 0.

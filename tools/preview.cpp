@@ -114,6 +114,16 @@ void WritePreview(const Picture& picture, const PreviewOptions& options, RowRang
     png.Finish();
 }
 
+// Whether nearly all of a huge picture is missing: a damaged header can claim more rows than anybody
+// wants to see as paper.
+bool IsHopeless(RowRange rows, std::uint32_t missing)
+{
+    constexpr std::uint32_t kMostMissing = 100000;
+    constexpr std::uint32_t kLeastShare = 1000; // a thousandth
+    return missing < rows.end && rows.end - missing > kMostMissing &&
+           (missing - rows.first) < rows.Count() / kLeastShare;
+}
+
 void Preview(const PreviewOptions& options)
 {
     const auto separation = WantedSeparation(options);
@@ -127,7 +137,7 @@ void Preview(const PreviewOptions& options)
     const RowRange rows = ParseRows(options.rows, picture.Height());
 
     const auto missing = FirstMissingRow(picture);
-    if (missing && *missing <= rows.first)
+    if (missing && (*missing <= rows.first || IsHopeless(rows, *missing)))
         throw MissingRowFailure(options.file, *missing, picture.Height());
     OutputFile output(options.output, options.file);
     WritePreview(picture, options, rows, output);
@@ -144,10 +154,12 @@ void AddPreview(CLI::App& app)
     CLI::App& command = *app.add_subcommand("preview", "Write a picture as the screen shows it");
     command.add_option("FILE", options->file, "The picture")->required();
     command.add_option("-o,--output", options->output, "The PNG file to write")->required();
-    command.add_option("--separation", options->separation,
-                       "Only this separation, in its tint: cyan, magenta, yellow, black or 0 to 3");
+    command
+        .add_option("--separation", options->separation,
+                    "Only this separation, in its tint: cyan, magenta, yellow, black or 0 to 3")
+        ->check(RefuseEmpty);
     command.add_flag("--gray", options->gray, "Show the separation in grey");
-    command.add_option("--rows", options->rows, kRowsHelp);
+    command.add_option("--rows", options->rows, kRowsHelp)->check(RefuseEmpty);
     command
         .add_option("--fit", options->fit,
                     "Make the longer side at most N pixels, by averaging; never enlarges")
@@ -156,6 +168,7 @@ void AddPreview(CLI::App& app)
     AddAsOption(command, options->asFormat);
     command.footer(
         R"(Rows that a cut file doesn't hold are shown without ink, and the exit status is 1.
+Nothing is written when nearly all of a huge picture is missing.
 With --fit each pixel is the mean of a box of whole pixels, each of which counts once.
 
 Example:

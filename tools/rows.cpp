@@ -98,9 +98,11 @@ class EnlargedRows : public RowSource {
   public:
     EnlargedRows(const Picture& picture, CtFileInterface& ct, ColorSeparationType separation,
                  RowRange rows, double resolution)
-        : RowSource(picture, ct, separation, rows), resolution_(resolution),
-          horizontal_(resolution / ct.ResolutionOnScanAxis()),
-          vertical_(resolution / ct.ResolutionOnXScanAxis())
+        : RowSource(picture, ct, separation, rows),
+          askedScan_(resolution / ct.ResolutionOnXScanAxis() * ct.ResolutionOnScanAxis()),
+          askedXScan_(resolution / ct.ResolutionOnScanAxis() * ct.ResolutionOnXScanAxis()),
+          horizontal_(askedScan_ / ct.ResolutionOnScanAxis()),
+          vertical_(askedXScan_ / ct.ResolutionOnXScanAxis())
     {
         const double width = std::floor(horizontal_ * picture.Width() + 0.5);
         const double height = std::floor(vertical_ * picture.Height() + 0.5);
@@ -147,26 +149,31 @@ class EnlargedRows : public RowSource {
     void ReadRow(std::uint32_t row)
     {
         const unsigned long read =
-            ct_.GetPictureRow(buffer_.data(), row, separation_, resolution_, resolution_,
+            ct_.GetPictureRow(buffer_.data(), row, separation_, askedScan_, askedXScan_,
                               static_cast<unsigned long>(buffer_.size()));
         if (read == buffer_.size())
             return;
-        throw picture_.Failure("--resolution has to be at least the file's: " +
-                               ResolutionsOfFile());
+        throw picture_.Failure(Advice());
     }
 
-    std::string ResolutionsOfFile() const
+    std::string Advice() const
     {
+        if (!std::isfinite(horizontal_) || !std::isfinite(vertical_) || horizontal_ <= 0.0 ||
+            vertical_ <= 0.0)
+            return "The header gives no size in inches: leave --resolution away.";
         const auto text = [](double value) {
             std::array<char, 32> digits{};
             std::snprintf(digits.data(), digits.size(), "%.10g", value);
             return std::string(digits.data());
         };
-        return text(ct_.ResolutionOnXScanAxis()) + " along the width, " +
-               text(ct_.ResolutionOnScanAxis()) + " along the height.";
+        return "--resolution has to be at least the file's: " + text(ct_.ResolutionOnXScanAxis()) +
+               " along the width, " + text(ct_.ResolutionOnScanAxis()) + " along the height.";
     }
 
-    double resolution_;
+    // What the library is asked for: it takes the width's ratio from the resolution along the height,
+    // and the other way round.
+    double askedScan_;
+    double askedXScan_;
     double horizontal_;
     double vertical_;
     std::vector<std::uint8_t> buffer_; // one row
@@ -193,7 +200,7 @@ std::unique_ptr<RowSource> SourceOf(const Picture& picture, const RowsOptions& o
 
 void Rows(const RowsOptions& options)
 {
-    if (options.resolution && std::isnan(*options.resolution))
+    if (options.resolution && !std::isfinite(*options.resolution))
         throw UsageFailure("--resolution wants a number of pixels per inch");
     const ColorSeparationType separation = ParseSeparation(options.separation);
     const std::string ending = RequireEnding(options.output, GreyEndings());
@@ -227,9 +234,11 @@ void AddRows(CLI::App& app)
             "-o,--output", options->output,
             "The file to write: .pgm, .png, .tif (255 is no ink), or .raw for the bytes alone")
         ->required();
-    command.add_option("--rows", options->rows, kRowsHelp);
-    command.add_option("--resolution", options->resolution,
-                       "Enlarge to R pixels per inch by repeating pixels; not below the file's");
+    command.add_option("--rows", options->rows, kRowsHelp)->check(RefuseEmpty);
+    command
+        .add_option("--resolution", options->resolution,
+                    "Enlarge to R pixels per inch by repeating pixels; not below the file's")
+        ->check(CLI::Range(0.001, 1e6));
     AddAsOption(command, options->asFormat);
     command.footer(R"(Nothing is written when the file doesn't hold all the rows.
 --rows counts the file's own rows, with --resolution too.

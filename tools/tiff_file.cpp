@@ -1,6 +1,7 @@
 #include "tiff_file.h"
 
 #include <array>
+#include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <memory>
@@ -45,11 +46,20 @@ void TiffFile::Fail(const std::string& whatHappened) const
 
 void TiffFile::CloseWritten()
 {
+    errno = 0;
     const bool flushed = TIFFFlush(handle_) == 1;
     TIFFClose(handle_);
     handle_ = nullptr;
     if (!flushed || !firstError_.empty())
-        Fail("writing failed");
+        FailWriting();
+}
+
+void TiffFile::FailWriting() const
+{
+    if (errno != 0)
+        throw SystemFailure(shownPath_, errno);
+    throw FileFailure(shownPath_, "writing failed: " + firstError_, std::nullopt,
+                      "The disk may be full.");
 }
 
 // Called by C: nothing may be thrown through it.

@@ -24,9 +24,11 @@ class TiffFile {
     TIFF* Handle() const { return handle_; }
     /// Throws a FileFailure of `whatHappened`, with libtiff's words behind it when it had any.
     [[noreturn]] void Fail(const std::string& whatHappened) const;
-    /// Writes what is left and closes the file. \throws FileFailure when that failed, or when
-    ///   libtiff has complained about anything before.
+    /// Writes what is left and closes the file.
+    /// \throws FileFailure when that failed, or when libtiff has complained about anything before.
     void CloseWritten();
+    /// Throws the failure of a write: what the system says, if `errno` has been 0 before the call.
+    [[noreturn]] void FailWriting() const;
 
   private:
     static int KeepError(TIFF* handle, void* self, const char* module, const char* format,

@@ -95,8 +95,10 @@ void RequireFourInks(const std::string& path, TIFF* tiff, const Layout& layout)
     if (layout.photometric != PHOTOMETRIC_SEPARATED)
         return;
     const auto set = Field<std::uint16_t>(tiff, TIFFTAG_INKSET);
-    const bool further = layout.samples > 4 && layout.transparency == Transparency::None;
-    if ((set != 0 && set != INKSET_CMYK) || further)
+    if (set == INKSET_CMYK && layout.samples > 4 && layout.transparency == Transparency::None)
+        throw FileFailure(path, "has a fifth channel that is marked neither as ink nor as alpha",
+                          {}, "Save the picture without it, or with it marked as alpha.");
+    if (set != 0 && set != INKSET_CMYK)
         throw FileFailure(path, "has inks other than cyan, magenta, yellow and black", {},
                           "A CT file holds these four; merge the others into them first.");
 }
@@ -290,6 +292,8 @@ class TiffSource : public PictureSource {
         TakeProfile(tiff);
         TakePalette(*file);
         TellOrientation(path, Field<std::uint16_t>(tiff, TIFFTAG_ORIENTATION));
+        if (layout_.samples > layout_.colours && layout_.transparency == Transparency::None)
+            Warn(path, "has a further channel that isn't marked as alpha; it is left out");
         if (TIFFLastDirectory(tiff) == 0)
             Warn(path, "holds several pictures; the first is taken");
         for (std::uint16_t plane = 0; plane < layout_.Planes(); ++plane)

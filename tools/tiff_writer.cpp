@@ -1,6 +1,7 @@
 #include "tiff_writer.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 #include <string_view>
 
@@ -79,8 +80,9 @@ bool TiffWriter::SetResolution(const WrittenForm& form)
 void TiffWriter::Write(std::span<const std::uint8_t> row)
 {
     row_.assign(row.begin(), row.end()); // libtiff wants bytes that it may change
+    errno = 0;                           // libtiff doesn't tell what the system said
     if (TIFFWriteScanline(tiff_.Handle(), row_.data(), nextRow_++, 0) != 1)
-        tiff_.Fail("writing failed");
+        tiff_.FailWriting();
 }
 
 void TiffWriter::Finish()
