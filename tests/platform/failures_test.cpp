@@ -139,17 +139,17 @@ struct MessageCase {
     const char* expected;
 };
 
+constexpr int kNotFound = CFileException::fileNotFound, kFull = CFileException::diskFull;
+
 const MessageCase kMessageCases[] = {
-    { "room enough", CFileException::fileNotFound, 100, "a.ct", "The file a.ct was not found." },
-    { "no more room than needed", CFileException::fileNotFound, 29, "a.ct",
-      "The file a.ct was not found." },
-    { "a name too long gives way", CFileException::fileNotFound, 32, "folder/a.ct",
+    { "room enough", kNotFound, 100, "a.ct", "The file a.ct was not found." },
+    { "just room enough", kNotFound, 29, "a.ct", "The file a.ct was not found." },
+    { "a name too long gives way", kNotFound, 32, "folder/a.ct",
       "The file ...a.ct was not found." },
-    { "room for no more of a name than points", CFileException::fileNotFound, 27, "folder/a.ct",
-      "The file .. was not found." },
-    { "room for no name", CFileException::fileNotFound, 20, "a.ct", "The file  was not f" },
-    { "room for a single character", CFileException::fileNotFound, 2, "a.ct", "T" },
-    { "no name known", CFileException::diskFull, 100, nullptr,
+    { "room for points alone", kNotFound, 27, "folder/a.ct", "The file .. was not found." },
+    { "room for no name", kNotFound, 20, "a.ct", "The file  was not f" },
+    { "room for a single character", kNotFound, 2, "a.ct", "T" },
+    { "no name known", kFull, 100, nullptr,
       "The disk is full: the file (unnamed) can't be written." },
     { "a cause that there isn't", 77, 100, "a.ct", "An operation on the file a.ct failed." },
 };

@@ -94,97 +94,58 @@ struct LayoutCase {
 
 const LayoutCase kLayouts[] = {
     { "strips of some rows", {} },
-    { "one row for each strip", { .stripRows = 1 } },
-    { "an odd count of rows for each strip", { .stripRows = 7 } },
-    { "one strip for all", { .stripRows = 29 } },
-    { "one grey sample", { .samples = 1, .photometric = kBlackIsZero } },
-    { "seven inks", { .samples = 7, .photometric = kSeparated } },
+    { "one row for each strip", { .strip = 1 } },
+    { "an odd count of rows for each strip", { .strip = 7 } },
+    { "one strip for all", { .strip = 29 } },
+    { "one grey sample", { .samples = 1, .as = kBlackIsZero } },
+    { "seven inks", { .samples = 7, .as = kSeparated } },
     { "16 bits", { .bits = 16 } },
     { "16 bits of a big-endian file", { .bits = 16, .mode = "wb" } },
-    { "BigTIFF", { .compression = kLzw, .mode = "w8" } },
-    { "big-endian BigTIFF", { .bits = 16, .compression = kDeflate, .mode = "wb8" } },
-    { "4 bits", { .samples = 1, .bits = 4, .photometric = kBlackIsZero } },
-    { "12 bits", { .samples = 3, .bits = 12, .photometric = kRgb } },
-    { "LZW", { .compression = kLzw } },
-    { "LZW in one strip", { .compression = kLzw, .stripRows = 29 } },
-    { "Deflate", { .compression = kDeflate, .stripRows = 29 } },
-    { "PackBits", { .samples = 4, .photometric = kSeparated, .compression = kPackBits } },
-    { "JPEG", { .compression = kJpeg, .stripRows = 16 }, 4 },
-    { "JPEG of YCbCr", { .photometric = kYCbCr, .compression = kJpeg, .stripRows = 16 }, 4 },
-    { "1 bit", { .samples = 1, .bits = 1, .photometric = kWhiteIsZero } },
-    { "1 bit in G4",
-      { .samples = 1, .bits = 1, .photometric = kWhiteIsZero, .compression = kFaxG4 } },
+    { "BigTIFF", { .packed = kLzw, .mode = "w8" } },
+    { "big-endian BigTIFF", { .bits = 16, .packed = kDeflate, .mode = "wb8" } },
+    { "4 bits", { .samples = 1, .bits = 4, .as = kBlackIsZero } },
+    { "12 bits", { .samples = 3, .bits = 12, .as = kRgb } },
+    { "LZW", { .packed = kLzw } },
+    { "LZW in one strip", { .packed = kLzw, .strip = 29 } },
+    { "Deflate", { .packed = kDeflate, .strip = 29 } },
+    { "PackBits", { .samples = 4, .as = kSeparated, .packed = kPackBits } },
+    { "JPEG", { .packed = kJpeg, .strip = 16 }, 4 },
+    { "JPEG of YCbCr", { .as = kYCbCr, .packed = kJpeg, .strip = 16 }, 4 },
+    { "1 bit", { .samples = 1, .bits = 1, .as = kWhiteIsZero } },
+    { "1 bit in G4", { .samples = 1, .bits = 1, .as = kWhiteIsZero, .packed = kFaxG4 } },
     { "1 bit in one strip of G4",
-      { .samples = 1,
-        .bits = 1,
-        .photometric = kWhiteIsZero,
-        .compression = kFaxG4,
-        .stripRows = 29 } },
-    { "1 bit in G3",
-      { .samples = 1, .bits = 1, .photometric = kWhiteIsZero, .compression = kFaxG3 } },
+      { .samples = 1, .bits = 1, .as = kWhiteIsZero, .packed = kFaxG4, .strip = 29 } },
+    { "1 bit in G3", { .samples = 1, .bits = 1, .as = kWhiteIsZero, .packed = kFaxG3 } },
     { "1 bit in JBIG",
-      { .samples = 1,
-        .bits = 1,
-        .photometric = kWhiteIsZero,
-        .compression = kJbig,
-        .stripRows = 29 } },
-    { "tiles", { .tileWidth = 16, .tileLength = 16 } },
-    { "tiles in LZW", { .compression = kLzw, .tileWidth = 16, .tileLength = 16 } },
-    { "tiles of JPEG", { .compression = kJpeg, .tileWidth = 16, .tileLength = 16 }, 4 },
-    { "tiles of 1 bit",
-      { .samples = 1, .bits = 1, .photometric = kWhiteIsZero, .tileWidth = 16, .tileLength = 16 } },
-    { "tiles of 4 bits", { .bits = 4, .tileWidth = 16, .tileLength = 32 } },
-    { "one tile larger than the picture", { .tileWidth = 64, .tileLength = 64 } },
-    { "planes", { .samples = 4, .photometric = kSeparated, .isPlanar = true } },
+      { .samples = 1, .bits = 1, .as = kWhiteIsZero, .packed = kJbig, .strip = 29 } },
+    { "tiles", { .tile = { 16, 16 } } },
+    { "tiles in LZW", { .packed = kLzw, .tile = { 16, 16 } } },
+    { "tiles of JPEG", { .packed = kJpeg, .tile = { 16, 16 } }, 4 },
+    { "tiles of 1 bit", { .samples = 1, .bits = 1, .as = kWhiteIsZero, .tile = { 16, 16 } } },
+    { "tiles of 4 bits", { .bits = 4, .tile = { 16, 32 } } },
+    { "one tile larger than the picture", { .tile = { 64, 64 } } },
+    { "planes", { .samples = 4, .as = kSeparated, .planes = true } },
     { "planes in one strip each",
-      { .samples = 4,
-        .photometric = kSeparated,
-        .compression = kLzw,
-        .stripRows = 29,
-        .isPlanar = true } },
-    { "planes of 16 bits", { .bits = 16, .compression = kDeflate, .isPlanar = true } },
-    { "planes of 1 bit", { .samples = 4, .bits = 1, .photometric = kSeparated, .isPlanar = true } },
-    { "planes in tiles", { .tileWidth = 16, .tileLength = 16, .isPlanar = true } },
+      { .samples = 4, .as = kSeparated, .packed = kLzw, .strip = 29, .planes = true } },
+    { "planes of 16 bits", { .bits = 16, .packed = kDeflate, .planes = true } },
+    { "planes of 1 bit", { .samples = 4, .bits = 1, .as = kSeparated, .planes = true } },
+    { "planes in tiles", { .tile = { 16, 16 }, .planes = true } },
     { "planes in tiles of 1 bit",
-      { .samples = 4,
-        .bits = 1,
-        .photometric = kSeparated,
-        .tileWidth = 16,
-        .tileLength = 16,
-        .isPlanar = true } },
-    { "chroma of 2 x 2 pixels", { .photometric = kYCbCr, .chromaAcross = 2, .chromaDown = 2 } },
-    { "chroma of 2 x 1 pixels", { .photometric = kYCbCr, .chromaAcross = 2 } },
+      { .samples = 4, .bits = 1, .as = kSeparated, .tile = { 16, 16 }, .planes = true } },
+    { "chroma of 2 x 2 pixels", { .as = kYCbCr, .chroma = { 2, 2 } } },
+    { "chroma of 2 x 1 pixels", { .as = kYCbCr, .chroma = { 2, 1 } } },
     { "chroma of 4 x 4 pixels, LZW",
-      { .photometric = kYCbCr,
-        .compression = kLzw,
-        .stripRows = 12,
-        .chromaAcross = 4,
-        .chromaDown = 4 } },
-    { "chroma of 2 x 2 pixels in tiles",
-      { .photometric = kYCbCr,
-        .tileWidth = 16,
-        .tileLength = 16,
-        .chromaAcross = 2,
-        .chromaDown = 2 } },
-    { "chroma of 2 x 2 pixels of 16 bits",
-      { .bits = 16, .photometric = kYCbCr, .chromaAcross = 2, .chromaDown = 2 } },
+      { .as = kYCbCr, .packed = kLzw, .strip = 12, .chroma = { 4, 4 } } },
+    { "chroma of 2 x 2 pixels in tiles", { .as = kYCbCr, .tile = { 16, 16 }, .chroma = { 2, 2 } } },
+    { "chroma of 2 x 2 pixels of 16 bits", { .bits = 16, .as = kYCbCr, .chroma = { 2, 2 } } },
     { "chroma of 2 x 2 pixels in JPEG",
-      { .photometric = kYCbCr,
-        .compression = kJpeg,
-        .stripRows = 16,
-        .chromaAcross = 2,
-        .chromaDown = 2 },
+      { .as = kYCbCr, .packed = kJpeg, .strip = 16, .chroma = { 2, 2 } },
       4 },
     { "chroma of 2 x 2 pixels in tiles of JPEG",
-      { .photometric = kYCbCr,
-        .compression = kJpeg,
-        .tileWidth = 16,
-        .tileLength = 16,
-        .chromaAcross = 2,
-        .chromaDown = 2 },
+      { .as = kYCbCr, .packed = kJpeg, .tile = { 16, 16 }, .chroma = { 2, 2 } },
       4 },
     { "chroma of 2 x 1 pixels in JPEG",
-      { .photometric = kYCbCr, .compression = kJpeg, .stripRows = 16, .chromaAcross = 2 },
+      { .as = kYCbCr, .packed = kJpeg, .strip = 16, .chroma = { 2, 1 } },
       4 },
 };
 
@@ -207,7 +168,7 @@ TEST_F(TiffLibraryTest, EveryLayoutGivesItsRowsInAnyOrder)
 
 TEST_F(TiffLibraryTest, TheRecordTellsTheDirectory)
 {
-    Put({ .samples = 4, .bits = 16, .photometric = kSeparated, .compression = kLzw });
+    Put({ .samples = 4, .bits = 16, .as = kSeparated, .packed = kLzw });
     const OpenedTiff file = OpenTiffFile();
     ASSERT_NE(file, nullptr);
     EXPECT_EQ(file->ImageWidth, 37U);
@@ -239,27 +200,26 @@ TEST_F(TiffLibraryTest, LongStripsGiveTheirRowsInAnyOrder)
     const LayoutCase cases[] = {
         { "pixels",
           { .samples = 1,
-            .photometric = kBlackIsZero,
-            .compression = kDeflate,
-            .stripRows = 5000,
+            .as = kBlackIsZero,
+            .packed = kDeflate,
+            .strip = 5000,
             .width = 3700,
             .length = 5000,
             .grain = 64 } },
         { "planes",
           { .samples = 2,
-            .photometric = kSeparated,
-            .compression = kPackBits,
-            .stripRows = 4000,
-            .isPlanar = true,
+            .as = kSeparated,
+            .packed = kPackBits,
+            .strip = 4000,
+            .planes = true,
             .width = 2500,
             .length = 4000,
             .grain = 64 } },
         { "tiles",
           { .samples = 1,
-            .photometric = kBlackIsZero,
-            .compression = kDeflate,
-            .tileWidth = 1024,
-            .tileLength = 4608,
+            .as = kBlackIsZero,
+            .packed = kDeflate,
+            .tile = { 1024, 4608 },
             .width = 4000,
             .length = 4600,
             .grain = 64 } },
@@ -281,7 +241,7 @@ TEST_F(TiffLibraryTest, LongStripsGiveTheirRowsInAnyOrder)
 
 bool IsFax(const TiffLayout& layout)
 {
-    return layout.compression == kFaxG3 || layout.compression == kFaxG4;
+    return layout.packed == kFaxG3 || layout.packed == kFaxG4;
 }
 
 // What two readings of a file give has to agree, whatever has become of its bytes; but damaged fax
@@ -308,32 +268,22 @@ void ExpectTheSameInAnyOrder(const TiffLayout& layout)
 
 // Not those of fax and JPEG, whose decoders go on behind what is missing.
 const LayoutCase kDamaged[] = {
-    { "strips", { .stripRows = 7 } },
-    { "LZW", { .compression = kLzw, .stripRows = 12 } },
-    { "Deflate", { .compression = kDeflate, .stripRows = 12 } },
-    { "PackBits", { .compression = kPackBits, .stripRows = 12 } },
-    { "tiles", { .compression = kDeflate, .tileWidth = 16, .tileLength = 16 } },
-    { "planes", { .compression = kLzw, .isPlanar = true, .mode = "wb8" } },
-    { "chroma",
-      { .photometric = kYCbCr, .compression = kPackBits, .chromaAcross = 2, .chromaDown = 2 } },
+    { "strips", { .strip = 7 } },
+    { "LZW", { .packed = kLzw, .strip = 12 } },
+    { "Deflate", { .packed = kDeflate, .strip = 12 } },
+    { "PackBits", { .packed = kPackBits, .strip = 12 } },
+    { "tiles", { .packed = kDeflate, .tile = { 16, 16 } } },
+    { "planes", { .packed = kLzw, .planes = true, .mode = "wb8" } },
+    { "chroma", { .as = kYCbCr, .packed = kPackBits, .chroma = { 2, 2 } } },
 };
 const LayoutCase kTolerant[] = {
-    { "G4", { .samples = 1, .bits = 1, .photometric = kWhiteIsZero, .compression = kFaxG4 } },
-    { "G3", { .samples = 1, .bits = 1, .photometric = kWhiteIsZero, .compression = kFaxG3 } },
-    { "JBIG",
-      { .samples = 1,
-        .bits = 1,
-        .photometric = kWhiteIsZero,
-        .compression = kJbig,
-        .stripRows = 29 } },
-    { "JPEG", { .compression = kJpeg, .stripRows = 16 } },
+    { "G4", { .samples = 1, .bits = 1, .as = kWhiteIsZero, .packed = kFaxG4 } },
+    { "G3", { .samples = 1, .bits = 1, .as = kWhiteIsZero, .packed = kFaxG3 } },
+    { "JBIG", { .samples = 1, .bits = 1, .as = kWhiteIsZero, .packed = kJbig, .strip = 29 } },
+    { "JPEG", { .packed = kJpeg, .strip = 16 } },
     { "JPEG with shared chroma",
-      { .photometric = kYCbCr,
-        .compression = kJpeg,
-        .stripRows = 16,
-        .chromaAcross = 2,
-        .chromaDown = 2 } },
-    { "JPEG in tiles", { .compression = kJpeg, .tileWidth = 16, .tileLength = 16 } },
+      { .as = kYCbCr, .packed = kJpeg, .strip = 16, .chroma = { 2, 2 } } },
+    { "JPEG in tiles", { .packed = kJpeg, .tile = { 16, 16 } } },
 };
 
 TEST_F(TiffLibraryTest, ACutFileGivesARowAsItWasOrNotAtAll)
@@ -343,8 +293,7 @@ TEST_F(TiffLibraryTest, ACutFileGivesARowAsItWasOrNotAtAll)
         const Bytes whole = MakeTiff(test.layout);
         std::size_t readRows = 0;
         for (std::size_t length = 0; length < whole.size(); length += 1 + length / 400) {
-            files_.Put("a.tif",
-                       Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length)));
+            files_.Put("a.tif", { whole.data(), whole.data() + length });
             const OpenedTiff file = OpenTiffFile();
             for (const Order order : { Order::mixed, Order::backwards, Order::forwards })
                 for (const std::uint32_t row : RowNumbers(file ? test.layout.length : 0, order)) {
@@ -364,8 +313,7 @@ TEST_F(TiffLibraryTest, ACutFileOfATolerantDecoderGivesTheSameInAnyOrder)
         SCOPED_TRACE(test.name);
         const Bytes whole = MakeTiff(test.layout);
         for (std::size_t length = 0; length < whole.size(); length += 7) {
-            files_.Put("a.tif",
-                       Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length)));
+            files_.Put("a.tif", { whole.data(), whole.data() + length });
             ExpectTheSameInAnyOrder(test.layout);
         }
     }
@@ -456,6 +404,14 @@ std::vector<Entry> With(std::vector<Entry> entries, const std::vector<Entry>& ch
     return entries;
 }
 
+std::vector<Entry> Tiled(std::uint32_t width, std::uint32_t length)
+{
+    return With(GreyPicture(16, 16, 16), { { kTileWidthTag, 4, 1, width },
+                                           { kTileLengthTag, 4, 1, length },
+                                           { kTileOffsetsTag, 4, 1, 8 },
+                                           { kTileCountsTag, 4, 1, 16 } });
+}
+
 struct RefusalCase {
     const char* name;
     std::vector<Entry> entries;
@@ -470,18 +426,8 @@ const RefusalCase kRefusals[] = {
     { "a row of 17 MiB", GreyPicture(17 << 20, 1, 1), "longer than the file" },
     { "no rows", GreyPicture(4, 0, 1), "empty" },
     { "no bits", With(GreyPicture(4, 4, 4), { { kBitsTag, 3, 1, 0 } }), "empty" },
-    { "tiles of 1 TiB",
-      With(GreyPicture(16, 16, 16), { { kTileWidthTag, 4, 1, 1 << 20 },
-                                      { kTileLengthTag, 4, 1, 1 << 20 },
-                                      { kTileOffsetsTag, 4, 1, 8 },
-                                      { kTileCountsTag, 4, 1, 16 } }),
-      "larger than the file" },
-    { "tiles without width",
-      With(GreyPicture(16, 16, 16), { { kTileWidthTag, 4, 1, 0 },
-                                      { kTileLengthTag, 4, 1, 16 },
-                                      { kTileOffsetsTag, 4, 1, 8 },
-                                      { kTileCountsTag, 4, 1, 16 } }),
-      "empty" },
+    { "tiles of 1 TiB", Tiled(1 << 20, 1 << 20), "larger than the file" },
+    { "tiles without width", Tiled(0, 16), "empty" },
     { "chroma of 3 x 3 pixels",
       With(GreyPicture(4, 4, 4), { { kSamplesTag, 3, 1, 3 },
                                    { kPhotometricTag, 3, 1, kYCbCr },
@@ -546,11 +492,8 @@ std::uint32_t ValueOf(const Bytes& file, std::uint16_t tag)
 // The decoder would take memory and time by the size that the data tell.
 TEST_F(TiffLibraryTest, JbigDataOfAnotherSizeAreRefused)
 {
-    Bytes file = MakeTiff({ .samples = 1,
-                            .bits = 1,
-                            .photometric = kWhiteIsZero,
-                            .compression = kJbig,
-                            .stripRows = 29 });
+    Bytes file =
+        MakeTiff({ .samples = 1, .bits = 1, .as = kWhiteIsZero, .packed = kJbig, .strip = 29 });
     const std::size_t jbigWidth = ValueOf(file, kOffsetsTag) + 4;
     file.at(jbigWidth) = std::byte{ 0x7F };
     files_.Put("a.tif", file);
@@ -577,7 +520,7 @@ TEST_F(TiffLibraryTest, TagsThatShareTheirBytesDoNotMultiplyThem)
     Bytes bytes = DirectoryFile(entries);
     bytes.resize(kShared + 8);
     files_.Put("a.tif", bytes);
-    CountingFileSystem counting(files_);
+    WatchedFileSystem counting(files_);
     const ScopedFileSystem scope(counting);
     OpenTiffFile();
     EXPECT_LT(counting.ByteCount(FileOperation::readAt), 5 * kShared);
@@ -645,8 +588,8 @@ TEST_F(TiffLibraryTest, AWarningIsKeptByItsThread)
 // Each read of the file fails once; what could not be read then can be read later.
 TEST_F(TiffLibraryTest, AFailedReadIsToldAndMayBeTriedAgain)
 {
-    Put({ .compression = kLzw, .isPlanar = true });
-    FailingFileSystem failing(files_);
+    Put({ .packed = kLzw, .planes = true });
+    WatchedFileSystem failing(files_);
     const ScopedFileSystem scope(failing);
     int failedRows = 0;
     for (std::size_t number = 1;; ++number) {

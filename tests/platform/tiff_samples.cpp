@@ -1,6 +1,6 @@
 #include "platform/tiff_samples.h"
 
-#include <tiffio.h>
+#include "support/tiff_writing.h"
 
 #include <algorithm>
 #include <array>
@@ -78,53 +78,13 @@ void Require(bool isTrue, const char* what)
         throw std::runtime_error(what + (": " + lastText));
 }
 
-// Appends samples as libtiff wants them.
-class Packer {
-  public:
-    explicit Packer(std::uint16_t bits) : bits_(bits) {}
-
-    void Put(std::uint32_t value)
-    {
-        if (bits_ == 8) {
-            bytes_.push_back(static_cast<std::byte>(value));
-            return;
-        }
-        if (bits_ == 16) {
-            const auto word = static_cast<std::uint16_t>(value);
-            const auto* bytes = reinterpret_cast<const std::byte*>(&word);
-            bytes_.insert(bytes_.end(), bytes, bytes + sizeof word);
-            return;
-        }
-        for (unsigned bit = bits_; bit-- != 0;) {
-            if (used_ == 0)
-                bytes_.push_back(std::byte{ 0 });
-            bytes_.back() |= std::byte((value >> bit & 1U) << (7U - used_));
-            used_ = (used_ + 1) % 8;
-        }
-    }
-    void EndLine() { used_ = 0; }
-    Bytes Take() { return std::move(bytes_); }
-
-  private:
-    std::uint16_t bits_;
-    unsigned used_ = 0; // bits of the last byte
-    Bytes bytes_;
-};
-
-struct Area {
-    std::uint32_t x;
-    std::uint32_t y;
-    std::uint32_t width;
-    std::uint32_t length;
-};
-
 Bytes Clumps(const TiffLayout& layout, Area area)
 {
     Packer packer(layout.bits);
-    for (std::uint32_t y = 0; y < area.length; y += layout.chromaDown) {
-        for (std::uint32_t x = 0; x < area.width; x += layout.chromaAcross) {
-            for (std::uint32_t down = 0; down != layout.chromaDown; ++down)
-                for (std::uint32_t across = 0; across != layout.chromaAcross; ++across)
+    for (std::uint32_t y = 0; y < area.length; y += layout.chroma.down) {
+        for (std::uint32_t x = 0; x < area.width; x += layout.chroma.across) {
+            for (std::uint32_t down = 0; down != layout.chroma.down; ++down)
+                for (std::uint32_t across = 0; across != layout.chroma.across; ++across)
                     packer.Put(SampleOf(layout, area.x + x + across, area.y + y + down, 0));
             packer.Put(SampleOf(layout, area.x + x, area.y + y, 1));
             packer.Put(SampleOf(layout, area.x + x, area.y + y, 2));
@@ -135,44 +95,18 @@ Bytes Clumps(const TiffLayout& layout, Area area)
 }
 
 // The samples from `first` up to `end` of every pixel.
-Bytes Lines(const TiffLayout& layout, Area area, unsigned first, unsigned end)
+Bytes LinesOf(const TiffLayout& layout, Area area, unsigned first, unsigned end)
 {
-    Packer packer(layout.bits);
-    for (std::uint32_t y = area.y; y != area.y + area.length; ++y) {
-        for (std::uint32_t x = area.x; x != area.x + area.width; ++x)
-            for (unsigned sample = first; sample != end; ++sample)
-                packer.Put(SampleOf(layout, x, y, sample));
-        packer.EndLine();
-    }
-    return packer.Take();
+    return Lines(Packer(layout.bits), area, first, end,
+                 [&](auto x, auto y, unsigned sample) { return SampleOf(layout, x, y, sample); });
 }
 
 Bytes BlockOf(const TiffLayout& layout, Area area, unsigned plane)
 {
-    if (layout.chromaAcross != 1 || layout.chromaDown != 1)
+    if (layout.chroma.across != 1 || layout.chroma.down != 1)
         return Clumps(layout, area);
-    return layout.isPlanar ? Lines(layout, area, plane, plane + 1)
-                           : Lines(layout, area, 0, layout.samples);
-}
-
-void WriteTiles(TIFF* file, const TiffLayout& layout, std::uint16_t plane)
-{
-    for (std::uint32_t y = 0; y < layout.length; y += layout.tileLength)
-        for (std::uint32_t x = 0; x < layout.width; x += layout.tileWidth) {
-            Bytes block = BlockOf(layout, { x, y, layout.tileWidth, layout.tileLength }, plane);
-            Require(TIFFWriteTile(file, block.data(), x, y, 0, plane) >= 0, "tile");
-        }
-}
-
-void WriteStrips(TIFF* file, const TiffLayout& layout, std::uint16_t plane)
-{
-    for (std::uint32_t y = 0; y < layout.length; y += layout.stripRows) {
-        const std::uint32_t rows = std::min(layout.stripRows, layout.length - y);
-        Bytes block = BlockOf(layout, { 0, y, layout.width, rows }, plane);
-        Require(TIFFWriteEncodedStrip(file, TIFFComputeStrip(file, y, plane), block.data(),
-                                      static_cast<tmsize_t>(block.size())) >= 0,
-                "strip");
-    }
+    return layout.planes ? LinesOf(layout, area, plane, plane + 1)
+                         : LinesOf(layout, area, 0, layout.samples);
 }
 
 void SetFields(TIFF* file, const TiffLayout& layout)
@@ -183,28 +117,28 @@ void SetFields(TIFF* file, const TiffLayout& layout)
     TIFFSetField(file, TIFFTAG_IMAGELENGTH, layout.length);
     TIFFSetField(file, TIFFTAG_SAMPLESPERPIXEL, layout.samples);
     TIFFSetField(file, TIFFTAG_BITSPERSAMPLE, layout.bits);
-    TIFFSetField(file, TIFFTAG_PHOTOMETRIC, layout.photometric);
-    TIFFSetField(file, TIFFTAG_COMPRESSION, layout.compression);
+    TIFFSetField(file, TIFFTAG_PHOTOMETRIC, layout.as);
+    TIFFSetField(file, TIFFTAG_COMPRESSION, layout.packed);
     TIFFSetField(file, TIFFTAG_PLANARCONFIG,
-                 layout.isPlanar ? PLANARCONFIG_SEPARATE : PLANARCONFIG_CONTIG);
+                 layout.planes ? PLANARCONFIG_SEPARATE : PLANARCONFIG_CONTIG);
     TIFFSetField(file, TIFFTAG_XRESOLUTION, kAcross);
     TIFFSetField(file, TIFFTAG_YRESOLUTION, kDown);
-    if (layout.photometric == kYCbCr)
-        TIFFSetField(file, TIFFTAG_YCBCRSUBSAMPLING, layout.chromaAcross, layout.chromaDown);
-    if (layout.tileWidth != 0) {
-        TIFFSetField(file, TIFFTAG_TILEWIDTH, layout.tileWidth);
-        TIFFSetField(file, TIFFTAG_TILELENGTH, layout.tileLength);
+    if (layout.as == kYCbCr)
+        TIFFSetField(file, TIFFTAG_YCBCRSUBSAMPLING, layout.chroma.across, layout.chroma.down);
+    if (layout.tile.across != 0) {
+        TIFFSetField(file, TIFFTAG_TILEWIDTH, layout.tile.across);
+        TIFFSetField(file, TIFFTAG_TILELENGTH, layout.tile.down);
     } else {
-        TIFFSetField(file, TIFFTAG_ROWSPERSTRIP, layout.stripRows);
+        TIFFSetField(file, TIFFTAG_ROWSPERSTRIP, layout.strip);
     }
-    if (layout.compression == kJpeg)
+    if (layout.packed == kJpeg)
         TIFFSetField(file, TIFFTAG_JPEGQUALITY, 100);
 }
 
 void WriteDirectoryFirst(TIFF* file, const TiffLayout& layout)
 {
     TIFFDeferStrileArrayWriting(file);
-    Require(TIFFWriteCheck(file, layout.tileWidth != 0, "made") != 0, "fields");
+    Require(TIFFWriteCheck(file, layout.tile.across != 0, "made") != 0, "fields");
     Require(TIFFWriteDirectory(file) != 0 && TIFFSetDirectory(file, 0) != 0, "directory");
 }
 
@@ -227,10 +161,10 @@ std::uint32_t SampleOf(const TiffLayout& layout, std::uint32_t x, std::uint32_t 
     x = std::min(x, layout.width - 1);
     y = std::min(y, layout.length - 1);
     if (sample != 0) {
-        x -= x % layout.chromaAcross;
-        y -= y % layout.chromaDown;
+        x -= x % layout.chroma.across;
+        y -= y % layout.chroma.down;
     }
-    if (layout.compression == kJpeg)
+    if (layout.packed == kJpeg)
         return sample == 0 ? 80 + 2 * x + y : 110 + 10 * sample + (x + y) / 8;
     const std::uint32_t mixed =
         (x / layout.grain * 2654435761U ^ y * 40503U ^ sample * 97U) * 2246822519U;
@@ -239,7 +173,7 @@ std::uint32_t SampleOf(const TiffLayout& layout, std::uint32_t x, std::uint32_t 
 
 Bytes RowOf(const TiffLayout& layout, std::uint32_t row)
 {
-    return Lines(layout, { 0, row, layout.width, 1 }, 0, layout.samples);
+    return LinesOf(layout, { 0, row, layout.width, 1 }, 0, layout.samples);
 }
 
 Bytes MakeTiff(const TiffLayout& layout)
@@ -253,13 +187,11 @@ Bytes MakeTiff(const TiffLayout& layout)
     Require(file != nullptr, "file");
     SetFields(file.get(), layout);
     // JPEG alone puts its tables into the directory as it goes.
-    const bool isDirectoryFirst = layout.compression != kJpeg;
+    const bool isDirectoryFirst = layout.packed != kJpeg;
     if (isDirectoryFirst)
         WriteDirectoryFirst(file.get(), layout);
-    const auto planes = layout.isPlanar ? layout.samples : std::uint16_t{ 1 };
-    for (std::uint16_t plane = 0; plane != planes; ++plane)
-        layout.tileWidth != 0 ? WriteTiles(file.get(), layout, plane)
-                              : WriteStrips(file.get(), layout, plane);
+    WriteBlocks(file.get(),
+                [&](Area area, unsigned plane) { return BlockOf(layout, area, plane); });
     if (isDirectoryFirst)
         Require(TIFFForceStrileArrayWriting(file.get()) != 0, "places of strips");
     TIFFFlush(file.get());

@@ -3,39 +3,28 @@
 #pragma once
 
 #include "platform/memory_files.h"
+#include "support/tiff_numbers.h"
 
 #include <cstdint>
 
 namespace tympan::test {
 
-inline constexpr std::uint16_t kUncompressed = 1;
-inline constexpr std::uint16_t kFaxG3 = 3;
-inline constexpr std::uint16_t kFaxG4 = 4;
-inline constexpr std::uint16_t kLzw = 5;
-inline constexpr std::uint16_t kJpeg = 7;
-inline constexpr std::uint16_t kDeflate = 8;
-inline constexpr std::uint16_t kPackBits = 32773;
-inline constexpr std::uint16_t kJbig = 34661;
-
-inline constexpr std::uint16_t kWhiteIsZero = 0;
-inline constexpr std::uint16_t kBlackIsZero = 1;
-inline constexpr std::uint16_t kRgb = 2;
-inline constexpr std::uint16_t kSeparated = 5;
-inline constexpr std::uint16_t kYCbCr = 6;
+template <typename Number>
+struct Size {
+    Number across = 0, down = 0;
+};
 
 /// How a picture lies in its file.
 struct TiffLayout {
     std::uint16_t samples = 3;
     std::uint16_t bits = 8;
-    std::uint16_t photometric = kRgb;
-    std::uint16_t compression = kUncompressed;
-    std::uint32_t stripRows = 8;
-    std::uint32_t tileWidth = 0; ///< 0: strips
-    std::uint32_t tileLength = 0;
-    bool isPlanar = false;
-    std::uint16_t chromaAcross = 1;
-    std::uint16_t chromaDown = 1;
-    const char* mode = "w"; ///< libtiff's: "wb" big-endian, "w8" BigTIFF
+    Photometric as = kRgb;
+    Packing packed = kUncompressed;
+    std::uint32_t strip = 8;       ///< rows
+    Size<std::uint32_t> tile = {}; ///< none: strips
+    bool planes = false;
+    Size<std::uint16_t> chroma = { 1, 1 }; ///< pixels that share it
+    const char* mode = "w";                ///< libtiff's: "wb" big-endian, "w8" BigTIFF
     std::uint32_t width = 37;
     std::uint32_t length = 29;
     std::uint32_t grain = 1; ///< how many pixels of a row are alike, for files that compress well

@@ -59,10 +59,13 @@ struct CtSample {
     {
         std::memcpy(bytes.data() + at, text.data(), text.size());
     }
-    /// A size of 1 to 9.9 inches or 0, as `+.10000000E+01`.
+    /// A size from 0.1 inches on, or 0, as `+.10000000E+01`.
     static void PutSize(std::vector<unsigned char>& bytes, std::size_t at, double inches)
     {
-        PutText(bytes, at, Text("+.%08dE+01", static_cast<int>(inches * 10000000.0 + 0.5)));
+        int exponent = 0;
+        for (; inches >= 1.0; ++exponent)
+            inches /= 10.0;
+        PutText(bytes, at, Text("+.%08.0fE+%02d", inches * 1e8, exponent));
     }
 };
 

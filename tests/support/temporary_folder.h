@@ -29,7 +29,16 @@ class TemporaryFolder {
         std::filesystem::remove_all(folder_, ignored);
     }
 
+    const std::filesystem::path& Path() const { return folder_; }
     std::string Path(const std::string& name) const { return (folder_ / name).string(); }
+    std::string operator/(const std::string& name) const { return Path(name); }
+
+    /// How many files and folders stand in it.
+    std::size_t Entries() const
+    {
+        return static_cast<std::size_t>(
+            std::distance(std::filesystem::directory_iterator(folder_), {}));
+    }
 
     /// Writes a file and gives its path.
     std::string File(const std::string& name, std::span<const unsigned char> bytes) const

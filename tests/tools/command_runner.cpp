@@ -12,7 +12,6 @@
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
-#include <iterator>
 #include <stdexcept>
 #include <system_error>
 
@@ -149,25 +148,6 @@ std::string RunOnTerminal(const std::vector<std::string>& arguments)
     close(terminal);
     waitpid(process, nullptr, 0);
     return sent;
-}
-
-TemporaryFolder::TemporaryFolder()
-{
-    std::string name = (std::filesystem::temp_directory_path() / "tympan-test-XXXXXX").string();
-    if (mkdtemp(name.data()) == nullptr)
-        throw std::system_error(errno, std::generic_category(), name);
-    path_ = name;
-}
-
-TemporaryFolder::~TemporaryFolder()
-{
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
-}
-
-std::size_t TemporaryFolder::Entries() const
-{
-    return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(path_), {}));
 }
 
 std::string ReadFile(const std::string& path)

@@ -1,8 +1,9 @@
 // Runs the command as a person or a script does, in a folder of its own.
 #pragma once
 
+#include "support/temporary_folder.h"
+
 #include <cstdint>
-#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -54,23 +55,6 @@ class RunningCommand {
     int process_ = -1;
     int out_ = -1; // a file without a name, read once the run is over
     int err_ = -1;
-};
-
-/// A new folder that goes with the object.
-class TemporaryFolder {
-  public:
-    TemporaryFolder();
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-    ~TemporaryFolder();
-
-    const std::filesystem::path& Path() const { return path_; }
-    std::string operator/(const std::string& name) const { return (path_ / name).string(); }
-    /// How many files and folders stand in it.
-    std::size_t Entries() const;
-
-  private:
-    std::filesystem::path path_;
 };
 
 std::string ReadFile(const std::string& path);

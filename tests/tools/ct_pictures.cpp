@@ -1,37 +1,16 @@
 #include "ct_pictures.h"
 
+#include "support/ct_samples.h"
+
 #include <tympan/tympan.h>
 
 #include <array>
 #include <cstddef>
-#include <cstdio>
 #include <random>
 
 namespace tympan::test {
 
 namespace {
-
-constexpr std::size_t kHeaderBytes = 2048;
-
-// A plus sign, a point, eight digits and an exponent: for sizes from 0.1 on.
-std::string FloatingText(double value)
-{
-    int exponent = 0;
-    while (value >= 1.0) {
-        value /= 10.0;
-        ++exponent;
-    }
-    std::array<char, 32> text{};
-    std::snprintf(text.data(), text.size(), "+.%08.0fE+%02d", value * 1e8, exponent);
-    return text.data();
-}
-
-std::string WholeText(std::uint32_t value)
-{
-    std::array<char, 32> text{};
-    std::snprintf(text.data(), text.size(), "+%011u", value);
-    return text.data();
-}
 
 std::vector<std::uint8_t> Channels(unsigned long packed)
 {
@@ -72,15 +51,9 @@ std::vector<std::uint8_t> CtPicture::Tint(std::uint32_t column, std::uint32_t ro
 
 std::string CtPicture::Header() const
 {
-    std::string header(kHeaderBytes, '\0');
-    header[1024] = 1; // inches
-    header[1025] = static_cast<char>(separations);
-    header[1027] = static_cast<char>(separations == 4 ? 15 : 1);
-    header.replace(1028, 14, FloatingText(height / resolutionY));
-    header.replace(1042, 14, FloatingText(width / resolutionX));
-    header.replace(1056, 12, WholeText(height));
-    header.replace(1068, 12, WholeText(width));
-    return header;
+    const auto header =
+        CtSample{ width, height, separations, height / resolutionY, width / resolutionX }.Header();
+    return { header.begin(), header.end() };
 }
 
 std::string CtPicture::File() const

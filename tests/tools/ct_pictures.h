@@ -1,6 +1,8 @@
 // CT files made by hand: the header's text as it stands in the file, and random pixels.
 #pragma once
 
+#include "tools/command_runner.h"
+
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -34,5 +36,10 @@ struct CtPicture {
 /// A picture of random bytes, the same ones for the same seed.
 CtPicture RandomCt(std::uint32_t width, std::uint32_t height, std::uint32_t separations = 4,
                    std::uint32_t seed = 1);
+
+/// A folder with the picture as "a.ct".
+struct CtFolder : TemporaryFolder {
+    explicit CtFolder(const CtPicture& picture) { WriteFile(*this / "a.ct", picture.File()); }
+};
 
 } // namespace tympan::test

@@ -8,6 +8,7 @@
 #include <chrono>
 #include <csignal>
 #include <filesystem>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -19,113 +20,75 @@ using testing::HasSubstr;
 
 struct StatusCase {
     const char* name;
-    std::vector<std::string> arguments; // IN is a good picture, OUT a folder
+    const char* arguments; // IN is a good picture, OUT a folder, PNG and RAW outputs in it
     int status;
     const char* told; // on standard error
 };
 
-void PrintTo(const StatusCase& one, std::ostream* out)
-{
-    *out << one.name;
-}
+const StatusCase kStatusCases[] = {
+    { "no subcommand", "", 2, "--help" },
+    { "unknown subcommand", "show IN", 2, "show" },
+    { "unknown option", "info IN --all", 2, "--all" },
+    { "no file", "info", 2, "FILE" },
+    { "good file", "info IN", 0, "" },
+    { "no such file", "info OUT/none", 1, "No such file" },
+    { "a device is no picture", "info /dev/zero", 1, "not a plain file" },
+    { "format that no build has", "info IN --as gif", 2, "gif" },
+    { "format that this build lacks", "info IN --as page", 2, "page" },
+    { "no output", "preview IN", 2, "--output" },
+    { "preview of another kind", "preview IN -o OUT/a.gif", 2, ".png" },
+    { "ending in capitals", "preview IN -o OUT/a.PNG", 0, "" },
+    { "grey without a separation", "preview IN PNG --gray", 2, "--separation" },
+    { "separation of no name", "preview IN PNG --separation red", 2, "red" },
+    { "separation number 4", "rows IN RAW --separation 4", 2, "0 to 3" },
+    { "no separation", "rows IN RAW", 2, "--separation" },
+    { "rows of another kind", "rows IN -o OUT/a.bmp --separation 0", 2, ".pgm, .png, .tif" },
+    { "rows beyond the height", "preview IN PNG --rows 3:21", 2, "20 rows" },
+    { "no rows", "preview IN PNG --rows 3:3", 2, "3:3" },
+    { "rows without a colon", "preview IN PNG --rows 3", 2, "0:20" },
+    { "rows that are no numbers", "preview IN PNG --rows 1:2x", 2, "1:2x" },
+    { "rows beyond 32 bits", "preview IN PNG --rows 0:4294967297", 2, "20 rows" },
+    { "fit of nothing", "preview IN PNG --fit 0", 2, "fit" },
+    { "enlargement beyond all sense", "rows IN RAW --separation 0 --resolution 1e300", 2,
+      "--resolution" },
+    { "resolution that is no number", "rows IN RAW --separation 0 --resolution nan", 2,
+      "--resolution" },
+    { "folder that isn't there", "preview IN -o OUT/none/a.png", 1, "folder must exist" },
+    { "output over the input", "rows IN -o OUT/./a.ct --separation 0", 2, ".raw" },
+    { "help", "--help", 0, "" },
+    { "help of a subcommand", "preview --help", 0, "" },
+};
 
-std::string Filled(std::string argument, const TemporaryFolder& folder)
+std::vector<std::string> Arguments(const char* words, const TemporaryFolder& folder)
 {
-    if (argument.rfind("IN", 0) == 0)
-        return folder / "a.ct";
-    if (argument.rfind("OUT", 0) == 0)
-        return folder.Path().string() + argument.substr(3);
-    return argument;
-}
-
-class Status : public testing::TestWithParam<StatusCase> {};
-
-TEST_P(Status, IsTheRightOne)
-{
-    const TemporaryFolder folder;
-    WriteFile(folder / "a.ct", RandomCt(10, 20).File());
     std::vector<std::string> arguments;
-    for (const std::string& argument : GetParam().arguments)
-        arguments.push_back(Filled(argument, folder));
-    const Outcome outcome = RunCommand(arguments);
-    EXPECT_EQ(outcome.status, GetParam().status) << outcome.err;
-    EXPECT_THAT(outcome.err, HasSubstr(GetParam().told));
-    if (outcome.status != 0) {
-        EXPECT_EQ(folder.Entries(), 1U) << "something was left behind";
-        EXPECT_THAT(outcome.err, testing::StartsWith("tympan: "));
+    std::istringstream in(words);
+    for (std::string word; in >> word;) {
+        if (word == "PNG" || word == "RAW")
+            arguments.insert(arguments.end(),
+                             { "-o", folder / (word == "PNG" ? "a.png" : "a.raw") });
+        else if (word == "IN")
+            arguments.push_back(folder / "a.ct");
+        else
+            arguments.push_back(word.rfind("OUT/", 0) == 0 ? folder / word.substr(4) : word);
+    }
+    return arguments;
+}
+
+TEST(Frame, StatusIsTheRightOne)
+{
+    for (const StatusCase& one : kStatusCases) {
+        SCOPED_TRACE(one.name);
+        const CtFolder folder(RandomCt(10, 20));
+        const Outcome outcome = RunCommand(Arguments(one.arguments, folder));
+        EXPECT_EQ(outcome.status, one.status) << outcome.err;
+        EXPECT_THAT(outcome.err, HasSubstr(one.told));
+        if (outcome.status != 0) {
+            EXPECT_EQ(folder.Entries(), 1U) << "something was left behind";
+            EXPECT_THAT(outcome.err, testing::StartsWith("tympan: "));
+        }
     }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Runs, Status,
-    testing::Values(
-        StatusCase{ "no subcommand", {}, 2, "--help" },
-        StatusCase{ "unknown subcommand", { "show", "IN" }, 2, "show" },
-        StatusCase{ "unknown option", { "info", "IN", "--all" }, 2, "--all" },
-        StatusCase{ "no file", { "info" }, 2, "FILE" },
-        StatusCase{ "good file", { "info", "IN" }, 0, "" },
-        StatusCase{ "no such file", { "info", "OUT/none" }, 1, "No such file" },
-        StatusCase{ "a device is no picture", { "info", "/dev/zero" }, 1, "not a plain file" },
-        StatusCase{ "format that no build has", { "info", "IN", "--as", "gif" }, 2, "gif" },
-        StatusCase{ "format that this build lacks", { "info", "IN", "--as", "page" }, 2, "page" },
-        StatusCase{ "no output", { "preview", "IN" }, 2, "--output" },
-        StatusCase{ "preview of another kind", { "preview", "IN", "-o", "OUT/a.gif" }, 2, ".png" },
-        StatusCase{ "ending in capitals", { "preview", "IN", "-o", "OUT/a.PNG" }, 0, "" },
-        StatusCase{ "grey without a separation",
-                    { "preview", "IN", "-o", "OUT/a.png", "--gray" },
-                    2,
-                    "--separation" },
-        StatusCase{ "separation of no name",
-                    { "preview", "IN", "-o", "OUT/a.png", "--separation", "red" },
-                    2,
-                    "red" },
-        StatusCase{ "separation number 4",
-                    { "rows", "IN", "-o", "OUT/a.raw", "--separation", "4" },
-                    2,
-                    "0 to 3" },
-        StatusCase{ "no separation", { "rows", "IN", "-o", "OUT/a.raw" }, 2, "--separation" },
-        StatusCase{ "rows of another kind",
-                    { "rows", "IN", "-o", "OUT/a.bmp", "--separation", "0" },
-                    2,
-                    ".pgm, .png, .tif" },
-        StatusCase{ "rows beyond the height",
-                    { "preview", "IN", "-o", "OUT/a.png", "--rows", "3:21" },
-                    2,
-                    "20 rows" },
-        StatusCase{ "no rows", { "preview", "IN", "-o", "OUT/a.png", "--rows", "3:3" }, 2, "3:3" },
-        StatusCase{ "rows without a colon",
-                    { "preview", "IN", "-o", "OUT/a.png", "--rows", "3" },
-                    2,
-                    "0:20" },
-        StatusCase{ "rows that are no numbers",
-                    { "preview", "IN", "-o", "OUT/a.png", "--rows", "1:2x" },
-                    2,
-                    "1:2x" },
-        StatusCase{ "rows beyond 32 bits",
-                    { "preview", "IN", "-o", "OUT/a.png", "--rows", "0:4294967297" },
-                    2,
-                    "20 rows" },
-        StatusCase{
-            "fit of nothing", { "preview", "IN", "-o", "OUT/a.png", "--fit", "0" }, 2, "fit" },
-        StatusCase{
-            "enlargement beyond all sense",
-            { "rows", "IN", "-o", "OUT/a.raw", "--separation", "0", "--resolution", "1e300" },
-            2,
-            "--resolution" },
-        StatusCase{ "resolution that is no number",
-                    { "rows", "IN", "-o", "OUT/a.raw", "--separation", "0", "--resolution", "nan" },
-                    2,
-                    "--resolution" },
-        StatusCase{ "folder that isn't there",
-                    { "preview", "IN", "-o", "OUT/none/a.png" },
-                    1,
-                    "folder must exist" },
-        StatusCase{ "output over the input",
-                    { "rows", "IN", "-o", "OUT/./a.ct", "--separation", "0" },
-                    2,
-                    ".raw" },
-        StatusCase{ "help", { "--help" }, 0, "" },
-        StatusCase{ "help of a subcommand", { "preview", "--help" }, 0, "" }));
 
 TEST(Frame, HelpShowsExamplesAndVersion)
 {
@@ -159,8 +122,7 @@ TEST(Frame, OutputIsNeverTheInput)
 
 TEST(Frame, OutputReplacesAFileBehindALinkAndNothingElse)
 {
-    const TemporaryFolder folder;
-    WriteFile(folder / "a.ct", RandomCt(10, 20).File());
+    const CtFolder folder(RandomCt(10, 20));
     WriteFile(folder / "old.png", "old");
     std::filesystem::create_symlink("old.png", folder / "link.png");
     ASSERT_EQ(RunCommand({ "preview", folder / "a.ct", "-o", folder / "link.png" }).status, 0);
@@ -179,8 +141,7 @@ TEST(Frame, OutputReplacesAFileBehindALinkAndNothingElse)
 
 TEST(Frame, LongNamesCanBeWritten)
 {
-    const TemporaryFolder folder;
-    WriteFile(folder / "a.ct", RandomCt(10, 20).File());
+    const CtFolder folder(RandomCt(10, 20));
     const std::string output = folder / (std::string(251, 'n') + ".png");
     EXPECT_EQ(RunCommand({ "preview", folder / "a.ct", "-o", output }).status, 0);
     EXPECT_TRUE(std::filesystem::exists(output));
@@ -188,8 +149,7 @@ TEST(Frame, LongNamesCanBeWritten)
 
 TEST(Frame, FailedWriteLeavesTheOldOutput)
 {
-    const TemporaryFolder folder;
-    WriteFile(folder / "a.ct", RandomCt(300, 300).File());
+    const CtFolder folder(RandomCt(300, 300));
     for (const char* const ending : { ".png", ".tif", ".pgm", ".raw" }) {
         const std::string output = folder / (std::string("old") + ending);
         WriteFile(output, "old");
@@ -204,8 +164,7 @@ TEST(Frame, FailedWriteLeavesTheOldOutput)
 
 TEST(Frame, FullStandardOutputIsAFailure)
 {
-    const TemporaryFolder folder;
-    WriteFile(folder / "a.ct", RandomCt(10, 20).File());
+    const CtFolder folder(RandomCt(10, 20));
     const Outcome outcome =
         RunProgram("sh", { "-c", R"("$0" info "$1" > /dev/full)", CommandPath(), folder / "a.ct" });
     EXPECT_EQ(outcome.status, 1);

@@ -23,8 +23,7 @@ using PixelOf = std::function<Pixel(std::uint32_t column, std::uint32_t row)>;
 // A preview of a picture, made by the command with more options.
 PngPicture PreviewOf(const CtPicture& picture, std::vector<std::string> options)
 {
-    const TemporaryFolder folder;
-    WriteFile(folder / "a.ct", picture.File());
+    const CtFolder folder(picture);
     options.insert(options.begin(), { "preview", folder / "a.ct", "-o", folder / "a.png" });
     const Outcome outcome = RunCommand(options);
     EXPECT_EQ(outcome.status, 0) << outcome.err;
@@ -43,30 +42,19 @@ void ExpectPixels(const PngPicture& png, std::uint32_t width, std::uint32_t heig
             ASSERT_EQ(png.At(column, row), pixel(column, row)) << column << ", " << row;
 }
 
-struct SizeCase {
-    std::uint32_t width, height, separations;
-};
-
-void PrintTo(const SizeCase& one, std::ostream* out)
-{
-    *out << one.width << " x " << one.height << " x " << one.separations;
-}
-
-class PreviewOfSize : public testing::TestWithParam<SizeCase> {};
-
-TEST_P(PreviewOfSize, ShowsEachPixelByTheColourRule)
-{
-    const auto [width, height, separations] = GetParam();
-    const CtPicture picture = RandomCt(width, height, separations);
-    ExpectPixels(PreviewOf(picture, {}), width, height,
-                 [&](auto column, auto row) { return picture.Colour(column, row); });
-}
-
 // The last is more than one band of rows.
-INSTANTIATE_TEST_SUITE_P(Sizes, PreviewOfSize,
-                         testing::Values(SizeCase{ 1, 1, 4 }, SizeCase{ 7, 5, 4 },
-                                         SizeCase{ 8, 1, 1 }, SizeCase{ 33, 70, 1 },
-                                         SizeCase{ 1021, 3, 4 }, SizeCase{ 701, 2100, 4 }));
+constexpr std::uint32_t kSizes[][3] = { { 1, 1, 4 },   { 7, 5, 4 },    { 8, 1, 1 },
+                                        { 33, 70, 1 }, { 1021, 3, 4 }, { 701, 2100, 4 } };
+
+TEST(Preview, ShowsEachPixelByTheColourRule)
+{
+    for (const auto& [width, height, separations] : kSizes) {
+        SCOPED_TRACE(width);
+        const CtPicture picture = RandomCt(width, height, separations);
+        ExpectPixels(PreviewOf(picture, {}), width, height,
+                     [&](auto column, auto row) { return picture.Colour(column, row); });
+    }
+}
 
 TEST(Preview, OneSeparationHasItsTintOrIsGrey)
 {
@@ -119,32 +107,25 @@ struct FitCase {
     std::uint32_t fitWidth, fitHeight;
 };
 
-void PrintTo(const FitCase& one, std::ostream* out)
+constexpr FitCase kFitCases[] = {
+    { 100, 50, "10", 10, 5 },   { 101, 53, "17", 17, 9 }, { 53, 101, "100", 52, 100 },
+    { 400, 3, "20", 20, 1 },    { 7, 5, "1", 1, 1 },      { 20, 10, "20", 20, 10 },
+    { 20, 10, "4000", 20, 10 },
+};
+
+TEST(Preview, FitAveragesBoxesThatShareThePictureOut)
 {
-    *out << one.width << " x " << one.height << " into " << one.longest;
+    for (const FitCase& one : kFitCases) {
+        SCOPED_TRACE(std::to_string(one.width) + " into " + one.longest);
+        const CtPicture picture = RandomCt(one.width, one.height);
+        const PngPicture png = PreviewOf(picture, { "--fit", one.longest });
+        ExpectPixels(png, one.fitWidth, one.fitHeight, [&](auto column, auto row) {
+            return MeanOf(picture, column * one.width / one.fitWidth,
+                          (column + 1) * one.width / one.fitWidth, row * one.height / one.fitHeight,
+                          (row + 1) * one.height / one.fitHeight);
+        });
+    }
 }
-
-class PreviewFit : public testing::TestWithParam<FitCase> {};
-
-TEST_P(PreviewFit, AveragesBoxesThatShareThePictureOut)
-{
-    const FitCase& one = GetParam();
-    const CtPicture picture = RandomCt(one.width, one.height);
-    const PngPicture png = PreviewOf(picture, { "--fit", one.longest });
-    ExpectPixels(png, one.fitWidth, one.fitHeight, [&](std::uint32_t column, std::uint32_t row) {
-        return MeanOf(picture, column * one.width / one.fitWidth,
-                      (column + 1) * one.width / one.fitWidth, row * one.height / one.fitHeight,
-                      (row + 1) * one.height / one.fitHeight);
-    });
-}
-
-INSTANTIATE_TEST_SUITE_P(Sizes, PreviewFit,
-                         testing::Values(FitCase{ 100, 50, "10", 10, 5 },
-                                         FitCase{ 101, 53, "17", 17, 9 },
-                                         FitCase{ 53, 101, "100", 52, 100 },
-                                         FitCase{ 400, 3, "20", 20, 1 }, FitCase{ 7, 5, "1", 1, 1 },
-                                         FitCase{ 20, 10, "20", 20, 10 },
-                                         FitCase{ 20, 10, "4000", 20, 10 }));
 
 TEST(Preview, ResolutionFollowsTheReduction)
 {
@@ -242,8 +223,7 @@ TEST(Preview, VeryWideRowsAreDrawnInParts)
 
 TEST(Preview, LongWorkShowsProgressOnATerminalAndWipesItOut)
 {
-    const TemporaryFolder folder;
-    WriteFile(folder / "a.ct", RandomCt(kNoisySide, kNoisySide).File()); // slow to compress
+    const CtFolder folder(RandomCt(kNoisySide, kNoisySide)); // slow to compress
     const std::string sent = RunOnTerminal({ "preview", folder / "a.ct", "-o", folder / "a.png" });
     EXPECT_THAT(sent, HasSubstr("%"));
     EXPECT_THAT(sent, testing::EndsWith("\r\033[K"));

@@ -1,5 +1,7 @@
 #include "source_pictures.h"
 
+#include "support/tiff_writing.h"
+
 #include <gtest/gtest.h>
 #include <jpeglib.h>
 #include <png.h>
@@ -7,7 +9,6 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cstdio>
 #include <memory>
 #include <stdexcept>
@@ -41,30 +42,13 @@ Tiff OpenTiff(const std::string& path, const char* mode)
     return tiff;
 }
 
-enum class ByteOrder { HighFirst, OfTheMachine };
-
-// Numbers side by side, filled up to whole bytes.
-std::vector<std::uint8_t> Pack(const std::vector<std::uint16_t>& numbers, unsigned int bits,
-                               ByteOrder order)
+std::vector<std::byte> PackedRow(const Samples& samples, std::size_t row, int bits)
 {
-    std::vector<std::uint8_t> bytes((numbers.size() * bits + 7) / 8);
-    for (std::size_t i = 0; i < numbers.size(); ++i)
-        for (unsigned int bit = 0; bit < bits; ++bit)
-            if ((unsigned{ numbers[i] } >> (bits - 1 - bit) & 1U) != 0)
-                bytes[(i * bits + bit) / 8] |=
-                    static_cast<std::uint8_t>(128U >> ((i * bits + bit) % 8));
-    constexpr bool kLowFirst = std::endian::native == std::endian::little;
-    if (bits == 16 && order == ByteOrder::OfTheMachine && kLowFirst)
-        for (std::size_t i = 0; i + 1 < bytes.size(); i += 2)
-            std::swap(bytes[i], bytes[i + 1]);
-    return bytes;
-}
-
-std::vector<std::uint16_t> RowOf(const Samples& samples, std::size_t row)
-{
+    Packer packer(static_cast<unsigned>(bits), WordOrder::highFirst);
     const std::size_t count = std::size_t{ samples.width } * samples.perPixel;
-    const auto first = samples.numbers.begin() + static_cast<std::ptrdiff_t>(row * count);
-    return { first, first + static_cast<std::ptrdiff_t>(count) };
+    for (std::size_t i = 0; i != count; ++i)
+        packer.Put(samples.numbers[row * count + i]);
+    return packer.Take();
 }
 
 // ---- PNG
@@ -84,12 +68,12 @@ void SetPalette(png_structp png, png_infop info, const PngForm& form)
 void SetColourKey(png_structp png, png_infop info, const PngForm& form)
 {
     png_color_16 key{};
-    if (form.colourKey.size() == 1)
-        key.gray = form.colourKey[0];
-    else if (form.colourKey.size() == 3) {
-        key.red = form.colourKey[0];
-        key.green = form.colourKey[1];
-        key.blue = form.colourKey[2];
+    if (form.key.size() == 1)
+        key.gray = form.key[0];
+    else if (form.key.size() == 3) {
+        key.red = form.key[0];
+        key.green = form.key[1];
+        key.blue = form.key[2];
     } else {
         return;
     }
@@ -98,62 +82,29 @@ void SetColourKey(png_structp png, png_infop info, const PngForm& form)
 
 void SetHeader(png_structp png, png_infop info, const Samples& samples, const PngForm& form)
 {
-    png_set_IHDR(png, info, samples.width, samples.height, form.bits, form.colourType,
+    png_set_IHDR(png, info, samples.width, samples.height, form.bits, form.as,
                  form.interlaced ? PNG_INTERLACE_ADAM7 : PNG_INTERLACE_NONE,
                  PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
     SetPalette(png, info, form);
     SetColourKey(png, info, form);
-    if (form.perMetreX != 0)
-        png_set_pHYs(png, info, form.perMetreX, form.perMetreY,
+    if (form.x != 0)
+        png_set_pHYs(png, info, form.x, form.y,
                      form.knownUnit ? PNG_RESOLUTION_METER : PNG_RESOLUTION_UNKNOWN);
 }
 
 // ---- TIFF
 
-std::vector<std::uint16_t> PlaneRow(const Samples& samples, std::size_t row, std::size_t plane)
+std::vector<std::byte> BlockOf(const Samples& samples, const TiffForm& form, Area area,
+                               unsigned plane)
 {
-    const std::vector<std::uint16_t> all = RowOf(samples, row);
-    std::vector<std::uint16_t> one;
-    for (std::size_t i = plane; i < all.size(); i += samples.perPixel)
-        one.push_back(all[i]);
-    return one;
-}
-
-std::vector<std::uint8_t> StoredRow(const Samples& samples, const TiffForm& form, std::size_t row,
-                                    std::uint16_t plane)
-{
-    const bool inPlanes = form.planarity == PLANARCONFIG_SEPARATE;
-    return Pack(inPlanes ? PlaneRow(samples, row, plane) : RowOf(samples, row),
-                static_cast<unsigned int>(form.bits), ByteOrder::OfTheMachine);
-}
-
-void WriteRowsOfPlane(TIFF* tiff, const Samples& samples, const TiffForm& form, std::uint16_t plane)
-{
-    for (std::uint32_t row = 0; row < samples.height; ++row)
-        TIFFWriteScanline(tiff, StoredRow(samples, form, row, plane).data(), row, plane);
-}
-
-void WriteTilesOfPlane(TIFF* tiff, const Samples& samples, const TiffForm& form,
-                       std::uint16_t plane)
-{
-    const auto tileRow = static_cast<std::size_t>(TIFFTileRowSize(tiff));
-    std::vector<std::uint8_t> tile(static_cast<std::size_t>(TIFFTileSize(tiff)));
-    const std::size_t tileRows = tile.size() / tileRow;
-    const std::size_t rowBytes = StoredRow(samples, form, 0, plane).size();
-    std::uint32_t number = plane * TIFFNumberOfTiles(tiff) /
-                           (form.planarity == PLANARCONFIG_SEPARATE ? samples.perPixel : 1U);
-    for (std::size_t top = 0; top < samples.height; top += tileRows)
-        for (std::size_t left = 0; left < rowBytes; left += tileRow) {
-            std::fill(tile.begin(), tile.end(), std::uint8_t{ 0 });
-            for (std::size_t row = top; row < std::min<std::size_t>(top + tileRows, samples.height);
-                 ++row) {
-                const auto bytes = StoredRow(samples, form, row, plane);
-                std::copy_n(bytes.begin() + static_cast<std::ptrdiff_t>(left),
-                            std::min(tileRow, rowBytes - left),
-                            tile.begin() + static_cast<std::ptrdiff_t>((row - top) * tileRow));
-            }
-            TIFFWriteEncodedTile(tiff, number++, tile.data(), static_cast<tmsize_t>(tile.size()));
-        }
+    const auto sample = [&](std::uint32_t x, std::uint32_t y, unsigned number) {
+        const std::size_t pixel = std::size_t{ std::min(y, samples.height - 1) } * samples.width +
+                                  std::min(x, samples.width - 1);
+        return samples.numbers[pixel * samples.perPixel + number];
+    };
+    const Packer packer(static_cast<unsigned>(form.bits));
+    return form.planes ? Lines(packer, area, plane, plane + 1, sample)
+                       : Lines(packer, area, 0, samples.perPixel, sample);
 }
 
 void SetTiffPalette(TIFF* tiff, const TiffForm& form)
@@ -179,9 +130,9 @@ void SetTags(TIFF* tiff, const Samples& samples, const TiffForm& form)
         { TIFFTAG_BITSPERSAMPLE, form.bits },
         { TIFFTAG_SAMPLESPERPIXEL, static_cast<int>(samples.perPixel) },
         { TIFFTAG_SAMPLEFORMAT, form.sampleFormat },
-        { TIFFTAG_PHOTOMETRIC, form.photometric },
-        { TIFFTAG_PLANARCONFIG, form.planarity },
-        { TIFFTAG_COMPRESSION, form.compression },
+        { TIFFTAG_PHOTOMETRIC, form.as },
+        { TIFFTAG_PLANARCONFIG, form.planes ? PLANARCONFIG_SEPARATE : PLANARCONFIG_CONTIG },
+        { TIFFTAG_COMPRESSION, form.packed },
         { TIFFTAG_ORIENTATION, form.orientation },
         { form.tiled ? TIFFTAG_TILEWIDTH : TIFFTAG_ROWSPERSTRIP, form.tiled ? 16 : 7 },
     };
@@ -189,16 +140,16 @@ void SetTags(TIFF* tiff, const Samples& samples, const TiffForm& form)
         TIFFSetField(tiff, tag, value);
     if (form.tiled)
         TIFFSetField(tiff, TIFFTAG_TILELENGTH, 16);
-    if (form.photometric == PHOTOMETRIC_SEPARATED)
+    if (form.as == PHOTOMETRIC_SEPARATED)
         TIFFSetField(tiff, TIFFTAG_INKSET, form.inkSet);
-    if (form.compression == COMPRESSION_JPEG && form.photometric == PHOTOMETRIC_YCBCR)
+    if (form.packed == COMPRESSION_JPEG && form.as == PHOTOMETRIC_YCBCR)
         TIFFSetField(tiff, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
-    const std::uint16_t extra[] = { static_cast<std::uint16_t>(form.extraSample) };
-    if (form.extraSample >= 0)
+    const std::uint16_t extra[] = { static_cast<std::uint16_t>(form.extra) };
+    if (form.extra >= 0)
         TIFFSetField(tiff, TIFFTAG_EXTRASAMPLES, 1, extra);
     if (form.unit != 0) {
-        TIFFSetField(tiff, TIFFTAG_XRESOLUTION, form.resolutionX);
-        TIFFSetField(tiff, TIFFTAG_YRESOLUTION, form.resolutionY);
+        TIFFSetField(tiff, TIFFTAG_XRESOLUTION, form.x);
+        TIFFSetField(tiff, TIFFTAG_YRESOLUTION, form.y);
         TIFFSetField(tiff, TIFFTAG_RESOLUTIONUNIT, form.unit);
     }
     SetTiffPalette(tiff, form);
@@ -214,12 +165,11 @@ void WritePng(const std::string& path, const Samples& samples, const PngForm& fo
     png_init_io(png, file.get());
     SetHeader(png, info, samples, form);
     png_write_info(png, info);
-    std::vector<std::vector<std::uint8_t>> rows;
+    std::vector<std::vector<std::byte>> rows;
     std::vector<png_bytep> pointers;
     for (std::size_t row = 0; row < samples.height; ++row) {
-        rows.push_back(
-            Pack(RowOf(samples, row), static_cast<unsigned int>(form.bits), ByteOrder::HighFirst));
-        pointers.push_back(rows.back().data());
+        rows.push_back(PackedRow(samples, row, form.bits));
+        pointers.push_back(reinterpret_cast<png_bytep>(rows.back().data()));
     }
     png_write_image(png, pointers.data());
     png_write_end(png, nullptr);
@@ -237,9 +187,9 @@ void WriteJpeg(const std::string& path, const Samples& samples, const JpegForm& 
     jpeg.image_width = samples.width;
     jpeg.image_height = samples.height;
     jpeg.input_components = static_cast<int>(samples.perPixel);
-    jpeg.in_color_space = static_cast<J_COLOR_SPACE>(form.samplesAs);
+    jpeg.in_color_space = static_cast<J_COLOR_SPACE>(form.from);
     jpeg_set_defaults(&jpeg);
-    jpeg_set_colorspace(&jpeg, static_cast<J_COLOR_SPACE>(form.storedAs));
+    jpeg_set_colorspace(&jpeg, static_cast<J_COLOR_SPACE>(form.to));
     jpeg_set_quality(&jpeg, 100, TRUE);
     for (int i = 0; i < jpeg.num_components; ++i) // none of them in fewer pixels than another
         jpeg.comp_info[i].h_samp_factor = jpeg.comp_info[i].v_samp_factor = 1;
@@ -247,9 +197,9 @@ void WriteJpeg(const std::string& path, const Samples& samples, const JpegForm& 
         jpeg_simple_progression(&jpeg);
     if (!form.adobe)
         jpeg.write_Adobe_marker = FALSE;
-    jpeg.density_unit = static_cast<UINT8>(form.densityUnit);
-    jpeg.X_density = form.densityX;
-    jpeg.Y_density = form.densityY;
+    jpeg.density_unit = static_cast<UINT8>(form.unit);
+    jpeg.X_density = form.x;
+    jpeg.Y_density = form.y;
     if (!form.exif.empty())
         jpeg.write_JFIF_header = FALSE;
     jpeg_start_compress(&jpeg, TRUE);
@@ -257,8 +207,8 @@ void WriteJpeg(const std::string& path, const Samples& samples, const JpegForm& 
         jpeg_write_marker(&jpeg, JPEG_APP0 + 1, reinterpret_cast<const JOCTET*>(form.exif.data()),
                           static_cast<unsigned int>(form.exif.size()));
     for (std::size_t row = 0; row < samples.height; ++row) {
-        std::vector<std::uint8_t> bytes = Pack(RowOf(samples, row), 8, ByteOrder::HighFirst);
-        JSAMPROW rows[] = { bytes.data() };
+        std::vector<std::byte> bytes = PackedRow(samples, row, 8);
+        JSAMPROW rows[] = { reinterpret_cast<JSAMPROW>(bytes.data()) };
         jpeg_write_scanlines(&jpeg, rows, 1);
     }
     jpeg_finish_compress(&jpeg);
@@ -268,12 +218,10 @@ void WriteJpeg(const std::string& path, const Samples& samples, const JpegForm& 
 void WriteTiff(const std::string& path, const Samples& samples, const TiffForm& form)
 {
     const Tiff tiff = OpenTiff(path, "w");
-    const bool inPlanes = form.planarity == PLANARCONFIG_SEPARATE;
-    const auto planes = static_cast<std::uint16_t>(inPlanes ? samples.perPixel : 1);
     for (int page = 0; page < form.pages; ++page) {
         SetTags(tiff.get(), samples, form);
-        for (std::uint16_t plane = 0; plane < planes; ++plane)
-            (form.tiled ? WriteTilesOfPlane : WriteRowsOfPlane)(tiff.get(), samples, form, plane);
+        WriteBlocks(tiff.get(),
+                    [&](Area area, unsigned plane) { return BlockOf(samples, form, area, plane); });
         TIFFWriteDirectory(tiff.get());
     }
 }

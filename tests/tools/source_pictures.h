@@ -2,6 +2,8 @@
 // files read back.
 #pragma once
 
+#include "support/tiff_numbers.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -26,14 +28,14 @@ struct Samples {
 };
 
 struct PngForm {
-    int colourType;
+    int as; ///< the colour type
     int bits = 8;
     bool interlaced = false;
-    std::vector<std::uint32_t> palette = {};   ///< 0xRRGGBB
-    std::vector<std::uint8_t> alphas = {};     ///< tRNS of a palette
-    std::vector<std::uint16_t> colourKey = {}; ///< tRNS of a grey or RGB picture
-    std::uint32_t perMetreX = 0;               ///< none when 0
-    std::uint32_t perMetreY = 0;
+    std::vector<std::uint32_t> palette = {}; ///< 0xRRGGBB
+    std::vector<std::uint8_t> alphas = {};   ///< tRNS of a palette
+    std::vector<std::uint16_t> key = {};     ///< tRNS of a grey or RGB picture
+    std::uint32_t x = 0;                     ///< pixels a metre; none when 0
+    std::uint32_t y = 0;
     bool knownUnit = true;
 };
 void WritePng(const std::string& path, const Samples& samples, const PngForm& form);
@@ -41,29 +43,29 @@ void WritePng(const std::string& path, const Samples& samples, const PngForm& fo
 /// How the samples are stored in a JPEG file; those given are grey, RGB or CMYK as the file wants
 /// it.
 struct JpegForm {
-    int samplesAs;     ///< J_COLOR_SPACE of the samples given
-    int storedAs;      ///< J_COLOR_SPACE of the file
+    int from = 2;      ///< J_COLOR_SPACE of the samples given: RGB
+    int to = 3;        ///< J_COLOR_SPACE of the file: YCbCr
     bool adobe = true; ///< whether a CMYK file is marked as Adobe's
     bool progressive = false;
-    int densityUnit = 0; ///< 1 inch, 2 centimetre
-    std::uint16_t densityX = 1;
-    std::uint16_t densityY = 1;
+    int unit = 0; ///< of the density: 1 inch, 2 centimetre
+    std::uint16_t x = 1;
+    std::uint16_t y = 1;
     std::string exif = {}; ///< an APP1 segment, which takes the place of the JFIF one
 };
 void WriteJpeg(const std::string& path, const Samples& samples, const JpegForm& form);
 
 struct TiffForm {
-    int photometric;
+    Photometric as;
     int bits = 8;
-    int planarity = 1;
-    int compression = 1;
+    bool planes = false;
+    Packing packed = kUncompressed;
     bool tiled = false;
-    int extraSample = -1; ///< what the last sample is, when it is no colour
+    ExtraSample extra = kNoExtra; ///< what the last sample is, when it is no colour
     int sampleFormat = 1;
     int inkSet = 1;
     int unit = 0; ///< of the resolution; none when 0
-    float resolutionX = 0.0F;
-    float resolutionY = 0.0F;
+    float x = 0.0F;
+    float y = 0.0F;
     int orientation = 1;
     std::vector<std::uint32_t> palette = {}; ///< 0xRRGGBB
     int pages = 1;
