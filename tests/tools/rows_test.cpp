@@ -119,8 +119,9 @@ TEST(Rows, EnlargedOnesHaveTheResolutionOnBothAxes)
     ASSERT_EQ(pgm.substr(0, start.size()), start);
     for (std::uint32_t row = 0; row < 120; ++row)
         for (std::uint32_t column = 0; column < 80; ++column)
-            ASSERT_EQ(static_cast<std::uint8_t>(pgm[start.size() + row * 80 + column]),
-                      picture.At(column / 2, row / 4, 0));
+            ASSERT_EQ(
+                static_cast<std::uint8_t>(pgm[start.size() + std::size_t{ row } * 80 + column]),
+                picture.At(column / 2, row / 4, 0));
 }
 
 TEST(Rows, EnlargedRangeIsTheSameRowsOfTheEnlargedWhole)
