@@ -66,6 +66,10 @@ bool Limit(int resource, std::uint64_t most)
                        Limit(RLIMIT_FSIZE, limits.fileSize);
     // A sanitizer's report must not pass for the command's own exit status of a failed file.
     setenv("ASAN_OPTIONS", "exitcode=99", 1);
+    // A coverage build's counters: no word of theirs among the command's, and none cut by a limit.
+    setenv("GCOV_ERROR_FILE", "/dev/null", 1);
+    if (limits.fileSize != 0)
+        setenv("GCOV_PREFIX", "/dev/null", 1);
     if (ready)
         execvp(arguments[0], arguments.data());
     _exit(kNotStarted);
