@@ -25,12 +25,16 @@ tympan::CtArea ShownArea(HDC dc, unsigned long first, unsigned long last)
              place(drawable.right) };
 }
 
-// Draws stretches of rows on a context; `toBgr` makes the colours of one.
+// Draws the rows from `first` to `last`, both included, as far as they can be seen; `toBgr` makes the
+// colours of a stretch.
 template <typename ToBgr>
 void DrawRows(CFile& file, const tympan::CtLayout& layout,
-              std::span<const ColorSeparationType> wanted, HDC dc, tympan::CtArea area,
-              ToBgr&& toBgr)
+              std::span<const ColorSeparationType> wanted, HDC dc, unsigned long first,
+              unsigned long last, ToBgr&& toBgr)
 {
+    const tympan::CtArea area = ShownArea(dc, first, last);
+    if (area.firstRow >= area.endRow || area.firstColumn >= area.endColumn)
+        return;
     tympan::CtBands bands(file, layout, wanted);
     std::vector<std::uint8_t> colours;
     bands.ForEachStretch(area, [&](std::uint64_t row, std::size_t column, const Plates& plates) {
@@ -39,18 +43,6 @@ void DrawRows(CFile& file, const tympan::CtLayout& layout,
         tympan::SetPixelSpan(dc, static_cast<std::int64_t>(column), static_cast<std::int64_t>(row),
                              colours);
     });
-}
-
-// The rows from `first` to `last`, both included, as far as they can be seen.
-template <typename ToBgr>
-void DrawAsked(CFile& file, const tympan::CtLayout& layout,
-               std::span<const ColorSeparationType> wanted, HDC dc, unsigned long first,
-               unsigned long last, ToBgr&& toBgr)
-{
-    const tympan::CtArea area = ShownArea(dc, first, last);
-    if (area.firstRow >= area.endRow || area.firstColumn >= area.endColumn)
-        return;
-    DrawRows(file, layout, wanted, dc, area, toBgr);
     tympan::LeaveBehindRow(file, layout, wanted, area.endRow - 1);
 }
 
@@ -59,8 +51,8 @@ void DrawAsked(CFile& file, const tympan::CtLayout& layout,
 void CtFileInterface::Display(unsigned long firstRow, unsigned long lastRow, CDC& dc)
 {
     tympan::Guarded(Failures(), tympan::kCtDisplayFailures, [&] {
-        DrawAsked(FileHandle(), Layout(), tympan::kCtColour, dc.GetSafeHdc(), firstRow, lastRow,
-                  tympan::PlatesToBgr);
+        DrawRows(FileHandle(), Layout(), tympan::kCtColour, dc.GetSafeHdc(), firstRow, lastRow,
+                 tympan::PlatesToBgr);
     });
 }
 
@@ -77,10 +69,10 @@ void CtFileInterface::Display(unsigned long firstRow, unsigned long lastRow, CDC
         return;
     tympan::Guarded(Failures(), tympan::kCtDisplayFailures, [&] {
         const tympan::TintTable tints(separation);
-        DrawAsked(FileHandle(), Layout(), { &separation, 1 }, dc->GetSafeHdc(), firstRow, lastRow,
-                  [&](const Plates& plates, std::uint8_t* bgr) {
-                      tints.ToBgr(plates.plate[0], plates.count, bgr);
-                  });
+        DrawRows(FileHandle(), Layout(), { &separation, 1 }, dc->GetSafeHdc(), firstRow, lastRow,
+                 [&](const Plates& plates, std::uint8_t* bgr) {
+                     tints.ToBgr(plates.plate[0], plates.count, bgr);
+                 });
     });
 }
 
