@@ -6,11 +6,13 @@
 
 namespace tympan {
 
+Format LwFormat();
 Format CtFormat();
 
 std::span<const Format> Formats()
 {
     static const std::array kFormats{
+        LwFormat(),
         CtFormat(),
     };
     return kFormats;

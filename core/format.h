@@ -1,6 +1,7 @@
 // A format as the factory knows it: a row of the list that `formats.cpp` holds.
 #pragma once
 
+#include "core/check_rule.h"
 #include "core/picture_object.h"
 
 #include <memory>
@@ -8,6 +9,20 @@
 #include <string_view>
 
 namespace tympan {
+
+class Findings;
+
+/// How files of a format are checked, on the format's own reader.
+struct FormatCheck {
+    /// Whether a file is to be checked as one of the format: it looks like one, and what the check
+    /// would tell is of use. A damaged file may be accepted that the format doesn't recognise.
+    bool (*accepts)(CFile& file, const CString& fileName) = nullptr;
+    /// Tells what is wrong with a file, whatever it looks like, to the end of what can be read.
+    /// \throws CFileException* when the file can't be read; std::bad_alloc.
+    void (*prove)(CFile& file, Findings& findings) = nullptr;
+    /// All rules of the format, those of its check and retired ones, in the order of their numbers.
+    std::span<const CheckRule* const> rules;
+};
 
 struct Format {
     /// As people know it, such as "CT".
@@ -17,6 +32,7 @@ struct Format {
     bool (*recognises)(CFile& file, const CString& fileName);
     /// A new object of the format, not opened.
     std::unique_ptr<BasePictureIF> (*make)();
+    FormatCheck check;
 };
 
 /// The formats in the order in which a path is asked for them.

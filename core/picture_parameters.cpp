@@ -11,6 +11,7 @@
 #include "core/failure_codes.h"
 #include "core/failure_guard.h"
 #include "core/failures.h"
+#include "core/header_layout.h"
 #include "core/header_text.h"
 #include "core/whole_numbers.h"
 #include "platform/file.h"
@@ -25,15 +26,14 @@
 namespace {
 
 constexpr double kInchesPerMillimetre = 0.03937007874015748;
-constexpr char kInchesCode = 1;
 constexpr char kNlwMark = 2;
 constexpr ColorSeparationType kNone = NoSeparation;
 
-constexpr std::size_t kSavedFrom = 1024;
-constexpr std::size_t kSizesFrom = 1028;
-constexpr std::size_t kHeaderEnd = 1080;
-constexpr std::size_t kFloatText = 14;
-constexpr std::size_t kWholeText = 12;
+constexpr std::size_t kSavedFrom = tympan::kHeaderUnitsCode.offset;
+constexpr std::size_t kSizesFrom = tympan::kHeaderHeight.offset;
+constexpr std::size_t kHeaderEnd = tympan::kHeaderEnd;
+constexpr std::size_t kFloatText = tympan::kHeaderHeight.width;
+constexpr std::size_t kWholeText = tympan::kHeaderHeightInPixels.width;
 constexpr double kUnitsEnd = 100000000.0;
 constexpr double kLargestPixels = std::numeric_limits<std::int32_t>::max();
 
@@ -62,11 +62,9 @@ void Put(unsigned char* target, const std::array<char, size>& text)
 
 } // namespace
 
-struct PictureParameters::HeaderField {
+struct PictureParameters::HeaderField : tympan::HeaderPlace {
     enum class Form { NlwMark, FileType, UnitsCode, Separations, FloatText, WholeText };
 
-    std::size_t offset = 0;
-    std::size_t width = 0;
     Form form = Form::NlwMark;
     Size PictureParameters::*size = nullptr; // of a size: which
     double Size::*side = nullptr;            // and which side of it
@@ -78,17 +76,17 @@ struct PictureParameters::HeaderTable {
     using Form = HeaderField::Form;
     using P = PictureParameters;
 
-    static constexpr HeaderField kNlw{ 2, 1, Form::NlwMark };
-    static constexpr HeaderField kFileType{ 80, 2, Form::FileType };
-    static constexpr HeaderField kUnits{ kSavedFrom, 1, Form::UnitsCode };
-    static constexpr HeaderField kSeparations{ 1025, 3, Form::Separations };
-    static constexpr HeaderField kHeight{ kSizesFrom, kFloatText, Form::FloatText, &P::sizeInUnits_,
+    static constexpr HeaderField kNlw{ tympan::kHeaderNlwMark, Form::NlwMark };
+    static constexpr HeaderField kFileType{ tympan::kHeaderFileType, Form::FileType };
+    static constexpr HeaderField kUnits{ tympan::kHeaderUnitsCode, Form::UnitsCode };
+    static constexpr HeaderField kSeparations{ tympan::kHeaderSeparations, Form::Separations };
+    static constexpr HeaderField kHeight{ tympan::kHeaderHeight, Form::FloatText, &P::sizeInUnits_,
                                           &Size::first };
-    static constexpr HeaderField kWidth{ 1042, kFloatText, Form::FloatText, &P::sizeInUnits_,
+    static constexpr HeaderField kWidth{ tympan::kHeaderWidth, Form::FloatText, &P::sizeInUnits_,
                                          &Size::second };
-    static constexpr HeaderField kHeightInPixels{ 1056, kWholeText, Form::WholeText,
+    static constexpr HeaderField kHeightInPixels{ tympan::kHeaderHeightInPixels, Form::WholeText,
                                                   &P::sizeInPixels_, &Size::first };
-    static constexpr HeaderField kWidthInPixels{ 1068, kWholeText, Form::WholeText,
+    static constexpr HeaderField kWidthInPixels{ tympan::kHeaderWidthInPixels, Form::WholeText,
                                                  &P::sizeInPixels_, &Size::second };
 
     // In the order in which they are read: the separations are refused before a size is taken.
@@ -184,7 +182,7 @@ void PictureParameters::Decode(const HeaderField& field, std::string_view bytes)
     case Form::NlwMark: nlw_ = bytes[0] == kNlwMark; break;
     case Form::FileType: fileType_ = std::string(bytes).c_str(); break; // ends at a zero byte
     case Form::UnitsCode:
-        fileSizeUnitsFactor_ = bytes[0] == kInchesCode ? 1.0 : kInchesPerMillimetre;
+        fileSizeUnitsFactor_ = bytes[0] == tympan::kInchesCode ? 1.0 : kInchesPerMillimetre;
         break;
     case Form::Separations: TakeSeparations(bytes); break;
     case Form::FloatText:
@@ -201,7 +199,9 @@ void PictureParameters::Encode(const HeaderField& field, unsigned char* bytes) c
     switch (field.form) {
     case Form::NlwMark:
     case Form::FileType: break; // stand in front of what is written
-    case Form::UnitsCode: text[0] = fileSizeUnitsFactor_ != 0.0 ? kInchesCode : 0; break;
+    case Form::UnitsCode:
+        text[0] = fileSizeUnitsFactor_ != 0.0 ? tympan::kInchesCode : tympan::kMillimetresCode;
+        break;
     case Form::Separations:
         text[0] = static_cast<unsigned char>(numberOfSeparations_);
         text[2] = DefineAvailableSeparations();

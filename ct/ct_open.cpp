@@ -3,6 +3,7 @@
 #include "core/failure_codes.h"
 #include "core/failure_guard.h"
 #include "core/format.h"
+#include "ct/ct_check.h"
 #include "ct/ct_file.h"
 #include "ct/ct_layout.h"
 
@@ -64,7 +65,7 @@ bool CtFileInterface::isTypeOf(CFile& file)
 tympan::Format tympan::CtFormat()
 {
     return { "CT", [](CFile& file, const CString&) { return CtFileInterface::isTypeOf(file); },
-             [] { return std::unique_ptr<BasePictureIF>(new CtFileInterface); } };
+             [] { return std::unique_ptr<BasePictureIF>(new CtFileInterface); }, CtFileCheck() };
 }
 
 bool CtFileInterface::OpenPictureFile(const CString& fileName, bool inputFile, bool reopen,

@@ -1,13 +1,12 @@
 // Rows of a CT file: read as stored or enlarged, and written.
 #include "core/failure_codes.h"
 #include "core/failure_guard.h"
+#include "core/resampling.h"
 #include "core/whole_numbers.h"
 #include "ct/ct_file.h"
 #include "ct/ct_layout.h"
 
-#include <algorithm>
 #include <cmath>
-#include <limits>
 
 namespace {
 
@@ -36,32 +35,9 @@ bool Enlarges(double ratio)
     return std::isfinite(ratio) && ratio >= 1.0;
 }
 
-// A length in pixels, which are bytes; nothing for one that no memory can hold.
-std::optional<std::uint64_t> Rounded(double length)
-{
-    constexpr double kNoMemoryHolds = 9223372036854775808.0; // 2 to the 63rd
-    if (length >= kNoMemoryHolds)
-        return std::nullopt;
-    return tympan::CutToWhole<std::uint64_t>(length + 0.5);
-}
-
 std::uint64_t Holds(const unsigned char* buffer, unsigned long bufferSize)
 {
     return buffer != nullptr ? bufferSize : 0;
-}
-
-// Repeats pixels: the position in the row grows by the same step for each pixel of the output.
-void Enlarge(const unsigned char* row, std::uint32_t width, double ratio, unsigned char* output,
-             std::uint64_t outputWidth)
-{
-    const double step = 1.0 / ratio;
-    double position = 0.0;
-    for (std::uint64_t i = 0; i < outputWidth; ++i) {
-        const auto column = static_cast<std::uint64_t>(position);
-        output[i] =
-            row[std::min<std::uint64_t>(column, width - 1)]; // many steps add up their error
-        position += step;
-    }
 }
 
 } // namespace
@@ -102,7 +78,7 @@ unsigned long CtFileInterface::ReadRow(unsigned char* buffer, unsigned int row,
 {
     const tympan::CtLayout layout = Layout();
     const std::uint32_t width = layout.width;
-    const auto outputWidth = Rounded(horizontal * width);
+    const auto outputWidth = tympan::RoundedLength(horizontal * width);
     if (!IsPictureFileOpen() || !Enlarges(horizontal) || !Enlarges(vertical) || !outputWidth ||
         Holds(buffer, bufferSize) < *outputWidth || !RowBufferHolds(width)) {
         Failures().Leave(kRequestRefused);
@@ -121,7 +97,7 @@ unsigned long CtFileInterface::ReadRow(unsigned char* buffer, unsigned int row,
     if (FileHandle().Read(target, width) < width)
         return 0;
     if (target != buffer)
-        Enlarge(target, width, horizontal, buffer, *outputWidth);
+        tympan::Resample(target, width, horizontal, buffer, *outputWidth);
     return static_cast<unsigned long>(*outputWidth);
 }
 
@@ -147,7 +123,7 @@ unsigned long CtFileInterface::ReadRows(unsigned char* buffer, unsigned int firs
         return 0;
     }
     const tympan::CtLayout layout = Layout();
-    const auto rowLength = Rounded(PictureParams()->WidthInPixels());
+    const auto rowLength = tympan::RoundedLength(PictureParams()->WidthInPixels());
     const std::uint32_t rows = lastRow - firstRow;
     const auto wanted = rowLength ? tympan::Product(rows, *rowLength) : std::nullopt;
     if (!wanted || Holds(buffer, bufferSize) < *wanted) {

@@ -1,0 +1,188 @@
+// A rectangle of an LW file as a new one: its rows cut run by run, its colour records as they stand.
+#include "core/block_size.h"
+#include "core/failure_guard.h"
+#include "core/header_layout.h"
+#include "core/whole_numbers.h"
+#include "lw/lw_file.h"
+#include "lw/lw_layout.h"
+#include "lw/run_reader.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <optional>
+#include <span>
+#include <vector>
+
+namespace {
+
+using tympan::Run;
+using tympan::RunReader;
+using tympan::RunStretch;
+
+// Columns or rows of a picture, from 1, both ends included.
+struct Side {
+    std::uint64_t first;
+    std::uint64_t last;
+
+    std::uint64_t Length() const { return last - first + 1; }
+};
+
+// What is not there, 0 or below keeps all on its side.
+std::optional<Side> SideOf(double wantedFirst, double wantedLast, double length)
+{
+    const auto whole = [](double place) { return tympan::CutToWhole<std::uint64_t>(place); };
+    Side side{ std::max<std::uint64_t>(whole(wantedFirst), 1), whole(wantedLast) };
+    if (side.last == 0 || !(wantedLast < length))
+        side.last = whole(length);
+    if (side.last < side.first)
+        return std::nullopt;
+    return side;
+}
+
+// Gathers what is written into blocks. The caller ends with `Flush`.
+class BlockWriter {
+  public:
+    explicit BlockWriter(CFile& file) : file_(file), block_(new unsigned char[tympan::kBlockBytes])
+    {}
+
+    void Put(std::uint8_t index, std::uint64_t length)
+    {
+        const Run run{ index, static_cast<std::uint8_t>(length) };
+        Put(std::span(&run, 1));
+    }
+    void Put(std::span<const Run> runs)
+    {
+        const std::size_t bytes = runs.size_bytes();
+        if (size_ + bytes > tympan::kBlockBytes)
+            Flush();
+        if (bytes > tympan::kBlockBytes) {
+            file_.Write(runs.data(), static_cast<unsigned int>(bytes));
+            return;
+        }
+        if (bytes != 0)
+            std::memcpy(block_.get() + size_, runs.data(), bytes);
+        size_ += bytes;
+    }
+    void Flush()
+    {
+        if (size_ != 0)
+            file_.Write(block_.get(), static_cast<unsigned int>(size_));
+        size_ = 0;
+    }
+
+  private:
+    CFile& file_;
+    std::unique_ptr<unsigned char[]> block_;
+    std::size_t size_ = 0;
+};
+
+constexpr tympan::FailureRow kShortRow[] = { { tympan::Caught::ReadFile, 0, nullptr } };
+
+// The runs from the reader's place on that hold the columns. What reaches beyond them on either side
+// is cut off the first and the last run. A delimiter that comes too early ends the row.
+void CutRuns(RunReader& reader, const Side& columns, BlockWriter& out)
+{
+    Run run{};
+    std::uint64_t column = reader.TakeRow(
+        columns.first, [&](const RunStretch& stretch) { run = stretch.runs.back(); });
+    out.Put(run.index, std::min(column, columns.last) - columns.first + 1);
+    while (column < columns.last) {
+        const std::uint64_t wanted = columns.last - column;
+        const RunStretch stretch = reader.Take(wanted);
+        const auto runs = tympan::RunsBeforeDelimiter(stretch.runs);
+        const bool isLast = runs.size() == stretch.runs.size() && stretch.pixels >= wanted;
+        out.Put(isLast ? runs.first(runs.size() - 1) : runs);
+        if (isLast)
+            out.Put(runs.back().index, runs.back().length - (stretch.pixels - wanted));
+        if (runs.size() != stretch.runs.size())
+            return;
+        column += stretch.pixels;
+    }
+}
+
+// The row that the reader stands at. One that the file doesn't hold whole ends where the file does.
+void CutRow(RunReader& reader, const Side& columns, BlockWriter& out)
+{
+    out.Put(0, 0);
+    tympan::Guarded(tympan::NoTrace(), kShortRow, [&] {
+        reader.TakeOne();
+        CutRuns(reader, columns, out);
+    });
+    out.Put(0, 0);
+}
+
+void CopyBytes(CFile& source, std::uint64_t from, std::uint64_t to, CFile& target)
+{
+    std::vector<unsigned char> block(
+        static_cast<std::size_t>(std::min<std::uint64_t>(tympan::kBlockBytes, to - from)));
+    source.Seek(static_cast<LONGLONG>(from), CFile::begin);
+    while (from < to) {
+        const auto wanted = std::min<std::uint64_t>(block.size(), to - from);
+        const unsigned int count = source.Read(block.data(), static_cast<unsigned int>(wanted));
+        if (count == 0)
+            return;
+        target.Write(block.data(), count);
+        from += count;
+    }
+}
+
+// The source's bytes in front of its rows, with the sizes of the rectangle in place of its own. The
+// texts end in a terminator, which the next one, or the number of colours, is put over.
+std::vector<unsigned char> CroppedHeader(CFile& source, std::size_t size,
+                                         const PictureParameters& record, const Side& columns,
+                                         const Side& rows)
+{
+    std::vector<unsigned char> header(size);
+    source.Seek(0, CFile::begin);
+    source.Read(header.data(), static_cast<unsigned int>(size));
+    const auto width = static_cast<double>(columns.Length());
+    const auto height = static_cast<double>(rows.Length());
+    const double factor = record.FileSizeUnitsFactor();
+    const unsigned char colours = header[tympan::kLwColoursNumber];
+    PictureParameters::SizeToBuffer(record.HeightInUnits() / factor *
+                                        (height / record.HeightInPixels()),
+                                    header.data() + tympan::kHeaderHeight.offset);
+    PictureParameters::SizeToBuffer(record.WidthInUnits() / factor *
+                                        (width / record.WidthInPixels()),
+                                    header.data() + tympan::kHeaderWidth.offset);
+    PictureParameters::SizeInPixelsToBuffer(height,
+                                            header.data() + tympan::kHeaderHeightInPixels.offset);
+    PictureParameters::SizeInPixelsToBuffer(width,
+                                            header.data() + tympan::kHeaderWidthInPixels.offset);
+    header[tympan::kLwColoursNumber] = colours;
+    return header;
+}
+
+} // namespace
+
+void LWFileInterface::CreateCropedLWFile(CFile& source, CFile& target, CompressParameters* crop)
+{
+    if (crop == nullptr || placesKnown_ == 0)
+        return;
+    const LwPictureParameters& record = LwRecord();
+    const auto columns = SideOf(crop->CropLeft, crop->CropRight, record.WidthInPixels());
+    const auto rows = SideOf(crop->CropTop, crop->CropBottom, record.HeightInPixels());
+    if (!columns || !rows || rows->last > placesKnown_)
+        return;
+
+    const auto header = CroppedHeader(source, static_cast<std::size_t>(lwDataStartPosition_),
+                                      record, *columns, *rows);
+    target.Seek(0, CFile::begin);
+    target.Write(header.data(), static_cast<unsigned int>(header.size()));
+    const std::uint64_t start = PlaceOf(rows->first - 1);
+    const std::uint64_t end = rows->last < placesKnown_ ? PlaceOf(rows->last) : source.GetLength();
+    if (static_cast<double>(columns->Length()) == record.WidthInPixels()) {
+        CopyBytes(source, start, end, target);
+    } else {
+        RunReader reader(source, *block_, start, end);
+        BlockWriter out(target);
+        for (std::uint64_t row = rows->first; row <= rows->last; ++row) {
+            reader.GoTo(PlaceOf(row - 1));
+            CutRow(reader, *columns, out);
+        }
+        out.Flush();
+    }
+    source.Seek(static_cast<LONGLONG>(end), CFile::begin);
+}

@@ -1,0 +1,19 @@
+// What the operations on rows of line work leave of the failures that they catch.
+#pragma once
+
+#include "core/failure_codes.h"
+#include "core/failure_guard.h"
+
+namespace tympan {
+
+inline constexpr char kLwNotExtracted[] =
+    "LWInterface: Error Extracting LineWork RawBuffer, aborting!";
+
+/// Of the operations that prove what they read: rows in ranges, original rows, run streams, display.
+inline constexpr FailureRow kLwRowFailures[] = {
+    { Caught::FileCorrupted, code::kLwCorrupted, nullptr },
+    { Caught::File, code::kFileFailed, nullptr },
+    { Caught::Anything, code::kLwUnexpected, kLwNotExtracted },
+};
+
+} // namespace tympan
