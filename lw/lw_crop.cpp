@@ -80,38 +80,75 @@ class BlockWriter {
 
 constexpr tympan::FailureRow kShortRow[] = { { tympan::Caught::ReadFile, 0, nullptr } };
 
-// The runs from the reader's place on that hold the columns. What reaches beyond them on either side
-// is cut off the first and the last run. A delimiter that comes too early ends the row.
-void CutRuns(RunReader& reader, const Side& columns, BlockWriter& out)
-{
-    Run run{};
-    std::uint64_t column = reader.TakeRow(
-        columns.first, [&](const RunStretch& stretch) { run = stretch.runs.back(); });
-    out.Put(run.index, std::min(column, columns.last) - columns.first + 1);
-    while (column < columns.last) {
-        const std::uint64_t wanted = columns.last - column;
-        const RunStretch stretch = reader.Take(wanted);
-        const auto runs = tympan::RunsBeforeDelimiter(stretch.runs);
-        const bool isLast = runs.size() == stretch.runs.size() && stretch.pixels >= wanted;
-        out.Put(isLast ? runs.first(runs.size() - 1) : runs);
-        if (isLast)
-            out.Put(runs.back().index, runs.back().length - (stretch.pixels - wanted));
-        if (runs.size() != stretch.runs.size())
-            return;
-        column += stretch.pixels;
-    }
-}
+// Cuts the columns out of one row after the other.
+class RowCutter {
+  public:
+    RowCutter(RunReader& reader, const Side& columns, BlockWriter& out)
+        : reader_(reader), columns_(columns), out_(out)
+    {}
 
-// The row that the reader stands at. One that the file doesn't hold whole ends where the file does.
-void CutRow(RunReader& reader, const Side& columns, BlockWriter& out)
-{
-    out.Put(0, 0);
-    tympan::Guarded(tympan::NoTrace(), kShortRow, [&] {
-        reader.TakeOne();
-        CutRuns(reader, columns, out);
-    });
-    out.Put(0, 0);
-}
+    // The row that stands between two places of the file. One that the file doesn't hold whole ends
+    // where the file does.
+    void Cut(std::uint64_t place, std::uint64_t end)
+    {
+        end_ = end;
+        column_ = 0;
+        out_.Put(0, 0);
+        tympan::Guarded(tympan::NoTrace(), kShortRow, [&] {
+            reader_.GoTo(place + tympan::kLwDelimiterBytes);
+            CutFirstRun();
+            CutOthers();
+        });
+        out_.Put(0, 0);
+    }
+
+  private:
+    // Passes the runs in front of the columns, and writes what is inside of the one that reaches them.
+    void CutFirstRun()
+    {
+        Run run{};
+        std::size_t passed = 0;
+        while (column_ < columns_.first) {
+            const RunStretch stretch =
+                reader_.TakeInside(columns_.first - column_, end_, expectedBefore_);
+            column_ += stretch.pixels;
+            passed += stretch.runs.size();
+            run = stretch.runs.back();
+        }
+        expectedBefore_ = passed - passed / 8;
+        out_.Put(run.index, std::min(column_, columns_.last) - columns_.first + 1);
+    }
+
+    // Copies the runs behind it, and cuts what reaches beyond the columns off the last. A delimiter
+    // that comes too early ends the row.
+    void CutOthers()
+    {
+        std::size_t taken = 0;
+        while (column_ < columns_.last) {
+            const std::uint64_t wanted = columns_.last - column_;
+            const RunStretch stretch = reader_.TakeInside(wanted, end_, expectedInside_);
+            const auto runs = tympan::RunsBeforeDelimiter(stretch.runs);
+            const bool isWhole = runs.size() == stretch.runs.size();
+            const bool isLast = isWhole && stretch.pixels >= wanted;
+            out_.Put(isLast ? runs.first(runs.size() - 1) : runs);
+            if (isLast)
+                out_.Put(runs.back().index, runs.back().length - (stretch.pixels - wanted));
+            if (!isWhole)
+                return;
+            column_ += stretch.pixels;
+            taken += stretch.runs.size();
+        }
+        expectedInside_ = taken - taken / 8;
+    }
+
+    RunReader& reader_;
+    const Side& columns_;
+    BlockWriter& out_;
+    std::uint64_t end_ = 0;    // of the row in hand
+    std::uint64_t column_ = 0; // the last that was passed, from 1
+    std::size_t expectedBefore_ = 0;
+    std::size_t expectedInside_ = 0;
+};
 
 void CopyBytes(CFile& source, std::uint64_t from, std::uint64_t to, CFile& target)
 {
@@ -178,10 +215,9 @@ void LWFileInterface::CreateCropedLWFile(CFile& source, CFile& target, CompressP
     } else {
         RunReader reader(source, *block_, start, end);
         BlockWriter out(target);
-        for (std::uint64_t row = rows->first; row <= rows->last; ++row) {
-            reader.GoTo(PlaceOf(row - 1));
-            CutRow(reader, *columns, out);
-        }
+        RowCutter cutter(reader, *columns, out);
+        for (std::uint64_t row = rows->first; row <= rows->last; ++row)
+            cutter.Cut(PlaceOf(row - 1), row < rows->last ? PlaceOf(row) : end);
         out.Flush();
     }
     source.Seek(static_cast<LONGLONG>(end), CFile::begin);

@@ -53,18 +53,16 @@ void LWFileInterface::PlaceRow(tympan::RunReader& reader, tympan::PlacedRows& ro
 
     const auto placeExact = [&](std::span<const tympan::Run> runs) {
         const auto before = runs.first(runs.size() - 1);
-        const tympan::Run last = runs.back();
         store(before, rows.buffer);
         records += tympan::RunsWithPixels(before);
+        unsigned char* const length = rows.buffer + (colorFirst ? 1 : 0);
+        store(runs.last(1), rows.buffer);
         if (records % 2 == 0) {
-            const tympan::Run divided[] = {
-                { last.index, static_cast<std::uint8_t>(last.length - 1) }, { last.index, 1 }
-            };
-            store(std::span(divided), rows.buffer);
+            const tympan::Run one{ runs.back().index, 1 };
+            --*length;
+            store(std::span(&one, 1), rows.buffer);
             rows.written += sizeof(tympan::Run);
             ++records;
-        } else {
-            store(runs.last(1), rows.buffer);
         }
         ++records;
     };

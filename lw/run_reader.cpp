@@ -51,6 +51,21 @@ RunStretch RunReader::Take(std::uint64_t wanted)
     return stretch;
 }
 
+RunStretch RunReader::TakeInside(std::uint64_t wanted, std::uint64_t end, std::size_t expected)
+{
+    if (ahead_.empty())
+        Refill();
+    const std::uint64_t place = Position();
+    const std::uint64_t inside = end > place ? (end - place) / sizeof(Run) : 0;
+    if (inside == 0)
+        ThrowCouldNotRead();
+    const auto runs =
+        ahead_.first(static_cast<std::size_t>(std::min<std::uint64_t>(inside, ahead_.size())));
+    const RunStretch stretch = RunsInsideThatHold(runs, wanted, expected);
+    ahead_ = ahead_.subspan(stretch.runs.size());
+    return stretch;
+}
+
 Run RunReader::TakeOne()
 {
     if (ahead_.empty())

@@ -51,6 +51,9 @@ class RunReader {
     /// \throws ReadFileException* ("Could not read LW file!") at the end of the file;
     ///   CFileException*.
     RunStretch Take(std::uint64_t wanted);
+    /// The same up to a place inside a row, of the runs in front of `end` alone; `expected` as for
+    /// `RunsThatHold`. \throws as `Take`, at `end` as at the end of the file.
+    RunStretch TakeInside(std::uint64_t wanted, std::uint64_t end, std::size_t expected);
     /// Takes one. \throws as `Take`.
     Run TakeOne();
     /// Takes a delimiter. \throws as `Take`; FileCorruptedException* ("Row delimiter missing!").

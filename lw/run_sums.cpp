@@ -141,11 +141,10 @@ std::uint64_t SumOfLanes(__m128i lanes)
     return SumOf32BitLanes(_mm_madd_epi16(lanes, _mm_set1_epi16(1)));
 }
 
-// Step by step, for a place inside a row.
-RunStretch RunsThatHoldBySteps(std::span<const Run> runs, std::uint64_t wanted)
+// Step by step, behind `taken` runs that hold less than `wanted`.
+RunStretch RunsThatHoldBySteps(std::span<const Run> runs, std::uint64_t wanted, std::size_t taken,
+                               std::uint64_t pixels)
 {
-    std::uint64_t pixels = 0;
-    std::size_t taken = 0;
     for (; taken + kStepRuns <= runs.size(); taken += kStepRuns) {
         const std::uint64_t more = SumOfLanes(LengthsOf(LoadStep(runs.data() + taken)));
         if (pixels + more >= wanted)
@@ -248,8 +247,7 @@ RunStretch RunsThatHoldBy(std::span<const Run> runs, std::uint64_t wanted, std::
             break;
         }
     }
-    const RunStretch rest = RunsThatHoldBySteps(runs.subspan(taken), wanted - pixels);
-    return { runs.first(taken + rest.runs.size()), pixels + rest.pixels };
+    return RunsThatHoldBySteps(runs, wanted, taken, pixels);
 }
 
 constexpr RunSumForm kForms[] = {
@@ -268,6 +266,18 @@ RunStretch RunsThatHold(std::span<const Run> runs, std::uint64_t wanted, std::si
 {
     static const auto fastest = RunSumForms().front().runsThatHold;
     return fastest(runs, wanted, expected);
+}
+
+RunStretch RunsInsideThatHold(std::span<const Run> runs, std::uint64_t wanted, std::size_t expected)
+{
+    const std::size_t steps =
+        std::min(std::min(expected, runs.size()) / kStepRuns, StepsInLanes(kVectors));
+    __m128i lanes = _mm_setzero_si128();
+    for (std::size_t i = 0; i < steps; ++i)
+        lanes = _mm_add_epi16(lanes, LengthsOf(LoadStep(runs.data() + i * kStepRuns)));
+    const std::uint64_t pixels = SumOfLanes(lanes);
+    return pixels < wanted ? RunsThatHoldBySteps(runs, wanted, steps * kStepRuns, pixels)
+                           : RunsThatHoldBySteps(runs, wanted, 0, 0);
 }
 
 std::span<const Run> RunsBeforeDelimiter(std::span<const Run> runs)
@@ -304,6 +314,11 @@ std::span<const RunSumForm> RunSumForms()
 }
 
 RunStretch RunsThatHold(std::span<const Run> runs, std::uint64_t wanted, std::size_t expected)
+{
+    return RunsThatHoldPlain(runs, wanted, expected);
+}
+
+RunStretch RunsInsideThatHold(std::span<const Run> runs, std::uint64_t wanted, std::size_t expected)
 {
     return RunsThatHoldPlain(runs, wanted, expected);
 }

@@ -23,7 +23,11 @@ RunStretch RunsThatHold(std::span<const Run> runs, std::uint64_t wanted, std::si
 RunStretch RunsThatHoldPlain(std::span<const Run> runs, std::uint64_t wanted,
                              std::size_t expected = 0);
 
-/// The same by one set of the processor's instructions.
+/// The same for a place inside a row, where no delimiter follows.
+RunStretch RunsInsideThatHold(std::span<const Run> runs, std::uint64_t wanted,
+                              std::size_t expected = 0);
+
+/// The first of these by one set of the processor's instructions.
 struct RunSumForm {
     const char* name;
     RunStretch (*runsThatHold)(std::span<const Run> runs, std::uint64_t wanted,
