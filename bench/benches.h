@@ -2,20 +2,25 @@
 #pragma once
 
 #include "bench/big_picture.h"
+#include "bench/comparison.h"
 
-#include <memory>
 #include <string>
 
 namespace tympan::bench {
 
 /// Rows of one separation against a bare loop of reads.
-void RegisterRows(const std::shared_ptr<const BigPicture>& picture);
+void RegisterRows(PictureSize size, const Source<BigPicture>& picture);
 
 /// The colour preview in a bitmap against a loop in memory, with other ways to the same colours for
 /// the record. Makes files of its own in `folder`.
-void RegisterPreview(const std::shared_ptr<const BigPicture>& picture, const std::string& folder);
+void RegisterPreview(const Source<BigPicture>& picture, const std::string& folder);
 
 /// The way from plates to colours by itself, in the processor's caches.
 void RegisterColours();
+
+/// Line work, sparse and dense: opening, rows, run stream and crop against the system's own calls for
+/// the same bytes, and rows against other decoders of the same runs. Makes files of its own in
+/// `folder`.
+void RegisterLineWork(const std::string& folder);
 
 } // namespace tympan::bench

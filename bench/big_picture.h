@@ -2,12 +2,12 @@
 // cache.
 #pragma once
 
+#include "bench/files.h"
 #include "core/picture_parameters.h"
 #include "ct/ct_file.h"
 
 #include <cstdint>
 #include <memory>
-#include <span>
 #include <string>
 #include <vector>
 
@@ -18,23 +18,7 @@ struct PictureSize {
     unsigned int height; // rows
 };
 
-/// A file of the system that is open for reading; it is what the limits read.
-class RawFile {
-  public:
-    explicit RawFile(const std::string& path);
-    RawFile(const RawFile&) = delete;
-    RawFile& operator=(const RawFile&) = delete;
-    ~RawFile();
-
-    /// Fills `bytes` by one call of the system, or throws.
-    void ReadAt(std::uint64_t position, std::span<std::uint8_t> bytes) const;
-
-  private:
-    int file_;
-};
-
-/// A CT file of four separations with random pixels, written out to the disk, so that no writing
-/// goes on while something is measured, and read back into the page cache.
+/// A CT file of four separations with random pixels.
 class BigPicture {
   public:
     BigPicture(const std::string& path, PictureSize size);
@@ -51,16 +35,8 @@ class BigPicture {
     std::vector<std::uint8_t> Plate(ColorSeparationType separation) const;
 
   private:
-    void WarmUp() const;
-
     std::string path_;
     PictureSize size_;
 };
-
-/// Memory of `size` bytes, each page of it touched.
-std::vector<std::uint8_t> TouchedMemory(std::size_t size);
-
-/// Throws unless `holds`; `what` tells what went wrong.
-void Require(bool holds, const char* what);
 
 } // namespace tympan::bench

@@ -25,15 +25,6 @@ double ProcessorSeconds()
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 
-double SecondsOf(const Contender& contender)
-{
-    if (contender.prepare)
-        contender.prepare();
-    const double start = ProcessorSeconds();
-    contender.run();
-    return ProcessorSeconds() - start;
-}
-
 double Median(std::vector<double> values)
 {
     const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
@@ -41,28 +32,37 @@ double Median(std::vector<double> values)
     return *middle;
 }
 
-void Measure(const Comparison& comparison, benchmark::State& state)
+void Measure(const Sides& sides, benchmark::State& state)
 {
     std::vector<double> limit;
     std::vector<double> library;
     for (auto round : state) {
         static_cast<void>(round);
-        limit.push_back(SecondsOf(comparison.limit));
-        library.push_back(SecondsOf(comparison.measured));
+        limit.push_back(SecondsOf(sides.limit));
+        library.push_back(SecondsOf(sides.measured));
         state.SetIterationTime(library.back());
     }
     state.counters[kLimit] = Median(std::move(limit));
     state.counters[kLibrary] = Median(std::move(library));
-    if (comparison.wanted)
-        state.counters[kWanted] = *comparison.wanted;
+}
+
+// A run for nothing: caches, page tables, clock rate.
+void RunFirst(const Contender& contender)
+{
+    SecondsOf(contender);
+    if (contender.verify)
+        contender.verify();
 }
 
 void Run(const Comparison& comparison, benchmark::State& state)
 {
     try {
-        SecondsOf(comparison.limit); // both once for nothing: caches, page tables, clock rate
-        SecondsOf(comparison.measured);
-        Measure(comparison, state);
+        const Sides sides = comparison.make();
+        RunFirst(sides.limit);
+        RunFirst(sides.measured);
+        Measure(sides, state);
+        if (comparison.wanted)
+            state.counters[kWanted] = *comparison.wanted;
     } catch (const std::exception& failure) {
         state.SkipWithError(failure.what());
     }
@@ -84,6 +84,15 @@ std::string Ratio(std::optional<double> ratio)
 }
 
 } // namespace
+
+double SecondsOf(const Contender& contender)
+{
+    if (contender.prepare)
+        contender.prepare();
+    const double start = ProcessorSeconds();
+    contender.run();
+    return ProcessorSeconds() - start;
+}
 
 void Register(Comparison comparison)
 {

@@ -6,6 +6,7 @@
 
 #include <cstdio>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -16,16 +17,40 @@ namespace tympan::bench {
 struct Contender {
     std::function<void()> run;       ///< timed; what it throws as a std::exception ends the figure
     std::function<void()> prepare{}; ///< called before each run, not timed; may be empty
+    std::function<void()> verify{};  ///< called once, after a first run that isn't timed; throws a
+                                     ///< std::exception when that did wrong work; may be empty
+};
+
+struct Sides {
+    Contender limit;
+    Contender measured;
 };
 
 struct Comparison {
     std::string what;
-    Contender limit;
-    Contender measured;
-    std::optional<double>
-        wanted{};    ///< the ratio, limit's time by library's; none is for the record
+    std::function<Sides()> make; ///< called when its turn comes; what it made goes with that turn
+    /// The ratio, limit's time by library's; none is for the record.
+    std::optional<double> wanted{};
     int rounds = 31; ///< pairs of runs, of which the median counts
 };
+
+/// The contender's time for one run: the processor's, in seconds.
+double SecondsOf(const Contender& contender);
+
+/// What several comparisons share, made when the first of them asks for it.
+template <typename T>
+using Source = std::function<std::shared_ptr<const T>()>;
+
+template <typename T, typename... Arguments>
+Source<T> MadeOnce(Arguments... arguments)
+{
+    const auto made = std::make_shared<std::shared_ptr<const T>>();
+    return [=] {
+        if (*made == nullptr)
+            *made = std::make_shared<const T>(arguments...);
+        return *made;
+    };
+}
 
 /// Has Google Benchmark run the comparison; its name there is `what`.
 void Register(Comparison comparison);

@@ -15,6 +15,7 @@ namespace {
 
 using tympan::bench::BigPicture;
 using tympan::bench::FigureReporter;
+using tympan::bench::MadeOnce;
 using tympan::bench::PictureSize;
 
 // Each 192 MB: no cache of a processor holds them, or the bitmap that is made of them.
@@ -34,12 +35,13 @@ bool TakeOption(std::string_view option, int& argc, char** argv)
 
 void RegisterAll(const tympan::test::TemporaryFolder& folder)
 {
-    const auto large = std::make_shared<const BigPicture>(folder.Path("large.ct"), kLarge);
-    const auto wide = std::make_shared<const BigPicture>(folder.Path("wide.ct"), kWide);
-    tympan::bench::RegisterRows(large);
-    tympan::bench::RegisterRows(wide);
+    const auto large = MadeOnce<BigPicture>(folder.Path("large.ct"), kLarge);
+    const auto wide = MadeOnce<BigPicture>(folder.Path("wide.ct"), kWide);
+    tympan::bench::RegisterRows(kLarge, large);
+    tympan::bench::RegisterRows(kWide, wide);
     tympan::bench::RegisterPreview(large, folder.Path(""));
     tympan::bench::RegisterColours();
+    tympan::bench::RegisterLineWork(folder.Path(""));
 }
 
 } // namespace

@@ -110,39 +110,63 @@ void ReadTiff(const std::string& path, PictureSize size, std::vector<std::uint32
             "the TIFF can't be read");
 }
 
-void RegisterTiff(const std::shared_ptr<Previewing>& previewing, const Contender& limit,
-                  const std::string& path)
+// A comparison with the limit; `contender` makes the other side from what both work on.
+template <typename MakeContender>
+std::function<Sides()> AgainstMemory(const Source<BigPicture>& picture, MakeContender contender)
 {
-    const auto raster = std::make_shared<std::vector<std::uint32_t>>(previewing->picture->Pixels());
-    WriteTiff(*previewing, path);
-    Register({ "for the record: libtiff's RGBA reading / memory", limit, { [=] {
-                   ReadTiff(path, previewing->picture->Size(), *raster);
-               } } });
+    return [=] {
+        const auto previewing = std::make_shared<Previewing>(picture());
+        const auto limit = [=] {
+            ReadFourWriteThree(previewing->InMemory(), previewing->bgr.data());
+            benchmark::ClobberMemory();
+        };
+        return Sides{ { limit }, contender(previewing) };
+    };
 }
 
-} // namespace
+using Shared = std::shared_ptr<Previewing>;
 
-void RegisterPreview(const std::shared_ptr<const BigPicture>& picture, const std::string& folder)
+Contender IntoBitmapMadeBefore(const Shared& previewing)
 {
-    const auto previewing = std::make_shared<Previewing>(picture);
-    const Contender limit{ [=] {
-        ReadFourWriteThree(previewing->InMemory(), previewing->bgr.data());
-        benchmark::ClobberMemory();
-    } };
-    const auto display = [=] { previewing->Display(); };
-    const auto openAnew = [=] { previewing->OpenAnew(); };
     const auto openOnce = [=] {
         if (previewing->object == nullptr) {
             previewing->OpenAnew();
             previewing->Display();
         }
     };
-    Register({ "preview in a bitmap made before / memory", limit, { display, openOnce }, 0.6 });
-    Register({ "preview, first call / memory", limit, { display, openAnew } });
-    Register({ "for the record: plain form, from memory / memory", limit, { [=] {
-                   PlatesToBgrPlain(previewing->InMemory(), previewing->bgr.data());
-               } } });
-    RegisterTiff(previewing, limit, folder + "peer.tif");
+    return { [=] { previewing->Display(); }, openOnce };
+}
+
+Contender FirstCall(const Shared& previewing)
+{
+    return { [=] { previewing->Display(); }, [=] { previewing->OpenAnew(); } };
+}
+
+Contender PlainForm(const Shared& previewing)
+{
+    return { [=] { PlatesToBgrPlain(previewing->InMemory(), previewing->bgr.data()); } };
+}
+
+Contender TiffRgba(const Shared& previewing, const std::string& path)
+{
+    const auto raster = std::make_shared<std::vector<std::uint32_t>>(previewing->picture->Pixels());
+    WriteTiff(*previewing, path);
+    return { [=] { ReadTiff(path, previewing->picture->Size(), *raster); } };
+}
+
+} // namespace
+
+void RegisterPreview(const Source<BigPicture>& picture, const std::string& folder)
+{
+    Register({ "preview in a bitmap made before / memory",
+               AgainstMemory(picture, IntoBitmapMadeBefore), 0.6 });
+    Register({ "preview, first call / memory", AgainstMemory(picture, FirstCall) });
+    Register(
+        { "for the record: plain form, from memory / memory", AgainstMemory(picture, PlainForm) });
+    const auto tiff = [path = folder + "peer.tif"](const Shared& previewing) {
+        return TiffRgba(previewing, path);
+    };
+    Register({ "for the record: libtiff's RGBA reading / memory", AgainstMemory(picture, tiff) });
 }
 
 void RegisterColours()
@@ -160,9 +184,9 @@ void RegisterColours()
             }
         };
     };
-    Register({ "plates to colours in cache, 8M pixels / plain form",
-               { times(PlatesToBgrPlain) },
-               { times(PlatesToBgr) } });
+    Register({ "plates to colours in cache, 8M pixels / plain form", [=] {
+                  return Sides{ { times(PlatesToBgrPlain) }, { times(PlatesToBgr) } };
+              } });
 }
 
 } // namespace tympan::bench

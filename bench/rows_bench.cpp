@@ -65,20 +65,17 @@ void ReadRange(RowReading& reading, unsigned int first, unsigned int count)
             "the library gave no rows");
 }
 
-void RegisterOneByOne(const std::shared_ptr<const BigPicture>& picture, const std::string& name)
+Sides OneByOne(const std::shared_ptr<const BigPicture>& picture)
 {
     const auto reading = std::make_shared<RowReading>(picture, 1);
     const auto bare = [reading] {
         for (unsigned int row = 0; row < reading->picture->Size().height; ++row)
             reading->ReadBare(row, 1);
     };
-    Register({ name + " one by one / bare reads",
-               { bare },
-               { [reading] { ReadOneByOne(*reading); } },
-               0.95 });
+    return { { bare }, { [reading] { ReadOneByOne(*reading); } } };
 }
 
-void RegisterRanges(const std::shared_ptr<const BigPicture>& picture, const std::string& name)
+Sides InRanges(const std::shared_ptr<const BigPicture>& picture)
 {
     const auto reading = std::make_shared<RowReading>(picture, kRange);
     const auto bare = [reading] {
@@ -91,16 +88,17 @@ void RegisterRanges(const std::shared_ptr<const BigPicture>& picture, const std:
             ReadRange(*reading, first, count);
         });
     };
-    Register({ name + " in ranges of 256 / bare reads", { bare }, { byRanges }, 0.95 });
+    return { { bare }, { byRanges } };
 }
 
 } // namespace
 
-void RegisterRows(const std::shared_ptr<const BigPicture>& picture)
+void RegisterRows(PictureSize size, const Source<BigPicture>& picture)
 {
-    const std::string name = "rows of " + std::to_string(picture->Size().width) + " bytes";
-    RegisterOneByOne(picture, name);
-    RegisterRanges(picture, name);
+    const std::string name = "rows of " + std::to_string(size.width) + " bytes";
+    Register({ name + " one by one / bare reads", [=] { return OneByOne(picture()); }, 0.95 });
+    Register(
+        { name + " in ranges of 256 / bare reads", [=] { return InRanges(picture()); }, 0.95 });
 }
 
 } // namespace tympan::bench

@@ -44,7 +44,8 @@ std::optional<Side> SideOf(double wantedFirst, double wantedLast, double length)
 // Gathers what is written into blocks. The caller ends with `Flush`.
 class BlockWriter {
   public:
-    explicit BlockWriter(CFile& file) : file_(file), block_(new unsigned char[tympan::kBlockBytes])
+    explicit BlockWriter(CFile& file)
+        : file_(file), block_(std::make_unique_for_overwrite<unsigned char[]>(tympan::kBlockBytes))
     {}
 
     void Put(std::uint8_t index, std::uint64_t length)

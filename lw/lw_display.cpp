@@ -40,7 +40,7 @@ class ScreenColours {
 
     static ScreenColour ColourOf(const LwPictureParameters& record, unsigned int index)
     {
-        std::array<unsigned char, PictureParameters::kSlots> pixel;
+        std::array<unsigned char, PictureParameters::kSlots> pixel{};
         pixel.fill(tympan::kNoInk);
         for (const ColorSeparationType separation : kSeparations)
             if (index != 0 && record.SeparationExists(separation))
@@ -98,7 +98,7 @@ class RowOnScreen {
     bool isShown_ = false;
     std::int64_t row_ = 0;
     std::int64_t column_ = 0; // of the next run
-    std::array<std::uint8_t, 16 * kMostBytes> bytes_;
+    std::array<std::uint8_t, 16 * kMostBytes> bytes_{};
     std::size_t waiting_ = 0; // bytes
     std::int64_t waitingFrom_ = 0;
 };

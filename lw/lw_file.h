@@ -13,7 +13,6 @@
 
 namespace tympan {
 struct Format;
-struct LwCheck;
 Format LwFormat();
 struct PlacedRows;
 struct RowWidth;
@@ -279,7 +278,6 @@ class TYMPAN_API LWFileInterface : public PictureFileInterface {
   private:
     friend LWFileInterface* create_lw_file_object(const CString& fileName, bool inputFile);
     friend tympan::Format tympan::LwFormat();
-    friend struct tympan::LwCheck;
 
     const LwPictureParameters& LwRecord() const;
     tympan::RowWidth Width() const;

@@ -18,7 +18,7 @@ using tympan::Run;
 std::size_t LikeFirst(std::span<const unsigned char> pixels)
 {
     std::size_t count = 1;
-    std::array<unsigned char, 8> like;
+    std::array<unsigned char, 8> like{};
     like.fill(pixels[0]);
     while (count + like.size() <= pixels.size() &&
            std::memcmp(pixels.data() + count, like.data(), like.size()) == 0)

@@ -22,7 +22,7 @@ std::span<Run> RunBlock::Room(std::uint64_t bytes)
         static_cast<std::size_t>(std::min<std::uint64_t>(bytes, kBlockBytes) + 1) / sizeof(Run);
     if (size_ < wanted) {
         runs_.reset();
-        runs_.reset(new Run[wanted]);
+        runs_ = std::make_unique_for_overwrite<Run[]>(wanted);
         size_ = wanted;
     }
     return { runs_.get(), wanted };

@@ -93,7 +93,7 @@ __m128i Load16(const void* bytes)
 
 Step LoadStep(const Run* runs)
 {
-    Step step;
+    Step step{};
     for (std::size_t i = 0; i < kVectors; ++i)
         step.part[i] = Load16(runs + i * kVectorRuns);
     return step;
@@ -298,7 +298,7 @@ bool AllNameColours(std::span<const Run> runs, unsigned int colours)
         const __m128i some = _mm_loadu_si128(reinterpret_cast<const __m128i*>(runs.data() + i));
         highest = _mm_max_epu8(highest, _mm_sub_epi8(_mm_and_si128(some, indexes), one));
     }
-    alignas(16) std::array<std::uint8_t, sizeof(__m128i)> bytes;
+    alignas(16) std::array<std::uint8_t, sizeof(__m128i)> bytes{};
     _mm_store_si128(reinterpret_cast<__m128i*>(bytes.data()), highest);
     const std::uint8_t found = *std::max_element(bytes.begin(), bytes.end());
     return (i == 0 || found < colours) &&
