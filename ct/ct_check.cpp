@@ -99,7 +99,9 @@ void Prove(CFile& file, Findings& findings)
     PictureParameters record;
     if (facts.width == 0 || facts.height == 0 || facts.separations == 0 || !record.Load(file))
         return;
-    CheckLength(file.GetLength(), CtLayout(record), facts.height, findings);
+    const CtLayout layout(record);
+    if (layout.width != 0 && layout.separations != 0) // of a file that hasn't changed meanwhile
+        CheckLength(file.GetLength(), layout, facts.height, findings);
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "core/failures.h"
 #include "core/pixel_colour.h"
 #include "lw/lw_parameters.h"
+#include "lw/run_reader.h"
 
 #include <algorithm>
 
@@ -44,34 +45,41 @@ bool InkValues::HasAll(std::span<const Run> runs) const
            AllNameColours(runs, colours_);
 }
 
-std::uint8_t InkValues::Of(Run run) const
+std::uint8_t InkValues::Of(const Run& run, RunReader& reader) const
 {
-    RequireSeparation(separation_);
-    if (!IsDelimiter(run))
-        RequireColour(run.index, colours_);
+    if (!HasAll({ &run, 1 })) {
+        const std::uint64_t place = reader.Position();
+        reader.StandBehind(run);
+        RequireSeparation(separation_);
+        if (!IsDelimiter(run))
+            RequireColour(run.index, colours_);
+        reader.GoTo(place);
+    }
     return values_[run.index];
 }
 
-std::uint8_t* InkValues::Expand(const RunStretch& stretch, std::span<std::uint8_t> out) const
+std::uint8_t* InkValues::Expand(const RunStretch& stretch, std::span<std::uint8_t> out,
+                                RunReader& reader) const
 {
     if (stretch.pixels <= out.size() && HasAll(stretch.runs))
         return Fastest().expand(stretch, values_, out.data());
     std::uint8_t* at = out.data();
-    for (const Run run : stretch.runs) {
+    for (const Run& run : stretch.runs) {
         const auto room = static_cast<std::size_t>(out.data() + out.size() - at);
-        at = std::fill_n(at, std::min<std::size_t>(run.length, room), Of(run));
+        at = std::fill_n(at, std::min<std::size_t>(run.length, room), Of(run, reader));
     }
     return at;
 }
 
-void InkValues::Translate(std::span<const Run> runs, RunOrder order, std::uint8_t*& out) const
+void InkValues::Translate(std::span<const Run> runs, RunOrder order, std::uint8_t*& out,
+                          RunReader& reader) const
 {
     if (HasAll(runs)) {
         out = Fastest().translate(runs, values_, colours_, order, out);
         return;
     }
-    for (const Run run : runs)
-        out = StoreRun(Of(run), run.length, order, out);
+    for (const Run& run : runs)
+        out = StoreRun(Of(run, reader), run.length, order, out);
 }
 
 } // namespace tympan

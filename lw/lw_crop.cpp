@@ -179,6 +179,7 @@ std::vector<unsigned char> CroppedHeader(CFile& source, std::size_t size,
     const auto height = static_cast<double>(rows.Length());
     const double factor = record.FileSizeUnitsFactor();
     const unsigned char colours = header[tympan::kLwColoursNumber];
+    header[tympan::kHeaderUnitsCode.offset] = tympan::kInchesCode; // as the record has the sizes
     PictureParameters::SizeToBuffer(record.HeightInUnits() / factor *
                                         (height / record.HeightInPixels()),
                                     header.data() + tympan::kHeaderHeight.offset);

@@ -9,12 +9,29 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <span>
 
 namespace {
 
 using tympan::Run;
 using tympan::ScreenColour;
+
+// As many pixels of one colour, three bytes each, as vectors store evenly.
+constexpr std::size_t kBytesOfPixel = 3;
+constexpr std::size_t kPatternPixels = 16;
+using Pattern = std::array<std::uint8_t, kPatternPixels * kBytesOfPixel>;
+
+Pattern PatternOf(ScreenColour colour)
+{
+    Pattern pattern{};
+    for (std::size_t i = 0; i < pattern.size(); i += kBytesOfPixel) {
+        pattern[i] = colour.blue;
+        pattern[i + 1] = colour.green;
+        pattern[i + 2] = colour.red;
+    }
+    return pattern;
+}
 
 // What each colour of a table looks like with the separations that a picture has. Index 0, which has
 // no pixels, is white.
@@ -24,8 +41,8 @@ class ScreenColours {
     {
         for (const ColorSeparationType separation : kSeparations)
             isLookedUp_ = isLookedUp_ || record.SeparationExists(separation);
-        for (unsigned int index = 0; index <= colours_; ++index)
-            shown_[index] = ColourOf(record, index);
+        for (unsigned int index = 0; index < shown_.size(); ++index)
+            shown_[index] = PatternOf(ColourOf(record, index));
     }
 
     // A picture without separations has no use for the table.
@@ -33,7 +50,7 @@ class ScreenColours {
     {
         return !isLookedUp_ || tympan::IsDelimiter(run) || run.index - 1U < colours_;
     }
-    const ScreenColour& Of(Run run) const { return shown_[run.index]; }
+    const Pattern& Of(Run run) const { return shown_[run.index]; }
 
   private:
     static constexpr ColorSeparationType kSeparations[] = { Cyan, Magenta, Yellow, Black };
@@ -51,7 +68,7 @@ class ScreenColours {
 
     unsigned int colours_;
     bool isLookedUp_ = false;
-    std::array<ScreenColour, 256> shown_{};
+    std::array<Pattern, 256> shown_{};
 };
 
 // Gathers the pixels of a row that a context can show, and draws many of them at a time.
@@ -66,22 +83,21 @@ class RowOnScreen {
         isShown_ = row_ >= area_.top && row_ < area_.bottom;
     }
 
-    void Add(std::uint8_t pixels, const ScreenColour& colour)
+    void Add(std::uint8_t pixels, const Pattern& pattern)
     {
         const std::int64_t first = std::max(column_, area_.left);
         column_ += pixels;
         const std::int64_t end = std::min(column_, area_.right);
         if (!isShown_ || first >= end)
             return;
-        if (waiting_ + kMostBytes > bytes_.size())
+        if (waiting_ + kMostStored > bytes_.size())
             Draw();
         if (waiting_ == 0)
             waitingFrom_ = first;
-        for (std::int64_t x = first; x < end; ++x) {
-            bytes_[waiting_++] = colour.blue;
-            bytes_[waiting_++] = colour.green;
-            bytes_[waiting_++] = colour.red;
-        }
+        const auto bytes = static_cast<std::size_t>(end - first) * kBytesOfPixel;
+        for (std::size_t stored = 0; stored < bytes; stored += pattern.size())
+            std::memcpy(bytes_.data() + waiting_ + stored, pattern.data(), pattern.size());
+        waiting_ += bytes;
     }
 
     void Draw()
@@ -91,27 +107,29 @@ class RowOnScreen {
     }
 
   private:
-    static constexpr std::size_t kMostBytes = 3 * tympan::kLongestRun;
+    // The longest run is stored in whole patterns; what they hold too much, the next one stores over.
+    static constexpr std::size_t kMostStored = 256 * kBytesOfPixel;
+    static_assert(256 % kPatternPixels == 0);
 
     HDC dc_;
     tympan::DrawableArea area_;
     bool isShown_ = false;
     std::int64_t row_ = 0;
     std::int64_t column_ = 0; // of the next run
-    std::array<std::uint8_t, 16 * kMostBytes> bytes_{};
+    std::array<std::uint8_t, 16 * kMostStored> bytes_{};
     std::size_t waiting_ = 0; // bytes
     std::int64_t waitingFrom_ = 0;
 };
 
-// False at a run whose colour isn't in the table.
-bool DrawRuns(std::span<const Run> runs, const ScreenColours& colours, RowOnScreen& drawn)
+// Up to the first run whose colour isn't in the table, which is returned; null where there is none.
+const Run* DrawRuns(std::span<const Run> runs, const ScreenColours& colours, RowOnScreen& drawn)
 {
-    for (const Run run : runs) {
+    for (const Run& run : runs) {
         if (!colours.Has(run))
-            return false;
+            return &run;
         drawn.Add(run.length, colours.Of(run));
     }
-    return true;
+    return nullptr;
 }
 
 } // namespace
@@ -130,10 +148,12 @@ void LWFileInterface::Display(unsigned long firstRow, unsigned long lastRow, CDC
             drawn.Begin(row);
             const std::uint64_t pixels =
                 reader.TakeRow(width.toReach, [&](const tympan::RunStretch& stretch) {
-                    const bool isWhole = DrawRuns(stretch.runs, colours, drawn);
+                    const Run* const refused = DrawRuns(stretch.runs, colours, drawn);
                     drawn.Draw();
-                    if (!isWhole)
+                    if (refused != nullptr) {
+                        reader.StandBehind(*refused);
                         throw new ::IllegalColorIndexException;
+                    }
                 });
             width.Require(pixels);
         });

@@ -65,8 +65,8 @@ class TYMPAN_API LWFileInterface : public PictureFileInterface {
     /// \return false, with the file closed and `ObjectStatus` false: for a file that can't be opened
     ///   or whose header is refused, with 90001 and "LW File Interface:\n:Error Opening file,
     ///   aborting!" if the object had failed before; for a row whose delimiters or lengths are wrong,
-    ///   90025; for a file that ends early, a height of 0, a file failure, or memory that can't be
-    ///   had, 90001 and "LWInterface:\n Error Opening LineWork file, aborting!".
+    ///   90025; for a file that ends early, a height of 0, a file failure, or places that there is
+    ///   no memory for, 90001 and "LWInterface:\n Error Opening LineWork file, aborting!".
     bool OpenPictureFile(const CString& fileName, bool inputFile, bool reopen,
                          CFileException* fileError) override;
 
@@ -195,7 +195,8 @@ class TYMPAN_API LWFileInterface : public PictureFileInterface {
     /// @{
 
     /// Copies a rectangle of the open picture into a new LW file, run by run, with the colour records
-    /// as they stand; the sizes in units shrink with the pixels, so that the resolution stays.
+    /// as they stand; the sizes in units shrink with the pixels, so that the resolution stays. They are
+    /// written in inches, as the record has them, whatever units the source has.
     ///
     /// Each side of the rectangle is cut to a whole number. A left or top of 0 or less is 1; a right
     /// or bottom of 0 or less, or beyond the picture, is the picture's last. With right below left or

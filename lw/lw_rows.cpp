@@ -92,7 +92,7 @@ bool LWFileInterface::DecodeRow(std::uint64_t row, ColorSeparationType separatio
     }
     const tympan::InkValues inks(LwRecord(), separation);
     reader.TakeRow(width, [&](const RunStretch& stretch) {
-        inks.Expand(stretch, { CurrRowBuffer() + pixels, width - pixels });
+        inks.Expand(stretch, { CurrRowBuffer() + pixels, width - pixels }, reader);
         pixels += stretch.pixels;
     });
     if (reader.TakeOne().index != 0) {
@@ -136,7 +136,7 @@ void LWFileInterface::DecodeRows(unsigned char*& out, unsigned int firstRow, uns
         const unsigned char* const end = out + width.toReach;
         reader.TakeDelimiter();
         const std::uint64_t pixels = reader.TakeRow(width.toReach, [&](const RunStretch& stretch) {
-            out = inks.Expand(stretch, { out, static_cast<std::size_t>(end - out) });
+            out = inks.Expand(stretch, { out, static_cast<std::size_t>(end - out) }, reader);
         });
         reader.TakeDelimiter();
         width.Require(pixels);

@@ -99,7 +99,7 @@ unsigned long LWFileInterface::GetLWPictureRows(unsigned char* buffer, unsigned 
                        out = StoreRun(0, 0, order, out);
                        width.Require(
                            reader.TakeRow(width.toReach, [&](const tympan::RunStretch& stretch) {
-                               inks.Translate(stretch.runs, order, out);
+                               inks.Translate(stretch.runs, order, out, reader);
                            }));
                        if (padding.FullRuns != 0 || padding.LastRun != 0)
                            RowPadding(padding, separation, &value, &length, run, run + 1, out);
@@ -147,7 +147,7 @@ unsigned long LWFileInterface::GetLWPictureRows(unsigned char*& buffer, unsigned
         ForEachRow(
             firstRow, lastRow + std::uint64_t{ 1 }, [&](tympan::RunReader& reader, std::uint64_t) {
                 PlaceRow(reader, rows, [&](std::span<const tympan::Run> runs, std::uint8_t*& out) {
-                    inks.Translate(runs, rows.order, out);
+                    inks.Translate(runs, rows.order, out, reader);
                 });
             });
     });

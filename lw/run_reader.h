@@ -77,6 +77,12 @@ class RunReader {
         return pixels;
     }
 
+    /// Goes back behind one of the runs of the last stretch, at which the work on it ended.
+    void StandBehind(const Run& run)
+    {
+        ahead_ = held_.subspan(static_cast<std::size_t>(&run - held_.data()) + 1);
+    }
+
     /// The file offset of the next run.
     std::uint64_t Position() const { return end_ - ahead_.size_bytes() - oddBytes_; }
     /// Goes on from another place, without a read when the block holds it.

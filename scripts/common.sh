@@ -47,3 +47,7 @@ processors() {
 # The real picture of the demo and the tests, from a package that scripts/setup installs.
 # shellcheck disable=SC2034
 photograph=$(sed -n 's/^set(TYMPAN_PHOTOGRAPH "\([^"]*\)".*/\1/p' tests/tools/CMakeLists.txt)
+
+# The drawing of the demo, as another such package has it.
+# shellcheck disable=SC2034
+drawing=/usr/share/xfig/Libraries/Examples/3dhouse.fig

@@ -18,5 +18,8 @@ void AddPreview(CLI::App& app);
 void AddRows(CLI::App& app);
 void AddImport(CLI::App& app);
 void AddExport(CLI::App& app);
+void AddCheck(CLI::App& app);
+void AddCrop(CLI::App& app);
+void AddStream(CLI::App& app);
 
 } // namespace tympan::tool

@@ -1,57 +1,36 @@
 #include "grey_files.h"
 
-#include "failure.h"
+#include "plain_file.h"
 #include "png_file.h"
 #include "tiff_writer.h"
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <cstddef>
-#include <cstdio>
 #include <string>
 
 namespace tympan::tool {
 
 namespace {
 
-struct CloseFile {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-
 // Rows as they are, behind a few bytes that some formats want.
-class PlainFile : public RowWriter {
+class PlainRows : public RowWriter {
   public:
-    PlainFile(const OutputFile& output, std::string_view start)
-        : path_(output.Path()), file_(std::fopen(output.WritingPath().c_str(), "wbe"))
+    PlainRows(const OutputFile& output, std::string_view start) : file_(output)
     {
-        if (file_ == nullptr)
-            throw SystemFailure(path_, errno);
-        Put(start.data(), start.size());
+        file_.Write(start);
     }
 
-    void Write(std::span<const std::uint8_t> row) override { Put(row.data(), row.size()); }
-
-    void Finish() override
-    {
-        if (std::fclose(file_.release()) != 0)
-            throw SystemFailure(path_, errno);
-    }
+    void Write(std::span<const std::uint8_t> row) override { file_.Write(row); }
+    void Finish() override { file_.Finish(); }
 
   private:
-    void Put(const void* bytes, std::size_t count)
-    {
-        if (std::fwrite(bytes, 1, count, file_.get()) != count)
-            throw SystemFailure(path_, errno);
-    }
-
-    std::string path_;
-    std::unique_ptr<std::FILE, CloseFile> file_;
+    PlainFile file_;
 };
 
 std::unique_ptr<RowWriter> MakePgm(const OutputFile& output, const WrittenForm& form)
 {
-    return std::make_unique<PlainFile>(output, "P5\n" + std::to_string(form.width) + " " +
+    return std::make_unique<PlainRows>(output, "P5\n" + std::to_string(form.width) + " " +
                                                    std::to_string(form.height) + "\n255\n");
 }
 
@@ -67,7 +46,7 @@ std::unique_ptr<RowWriter> MakeTiff(const OutputFile& output, const WrittenForm&
 
 std::unique_ptr<RowWriter> MakeRaw(const OutputFile& output, const WrittenForm&)
 {
-    return std::make_unique<PlainFile>(output, "");
+    return std::make_unique<PlainRows>(output, "");
 }
 
 using Maker = std::unique_ptr<RowWriter> (*)(const OutputFile&, const WrittenForm&);

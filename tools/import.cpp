@@ -1,13 +1,13 @@
-// `tympan import`: a JPEG, PNG or TIFF picture becomes a CT file.
-#include "cmyk_conversion.h"
+// `tympan import`: a JPEG, PNG or TIFF picture becomes a CT or an LW file.
 #include "command.h"
 #include "failure.h"
+#include "import_job.h"
 #include "names.h"
 #include "output_file.h"
 #include "picture.h"
 #include "picture_source.h"
-#include "progress.h"
 
+#include <tympan/inspect.h>
 #include <tympan/tympan.h>
 
 #include <algorithm>
@@ -17,69 +17,45 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <vector>
 
 namespace tympan::tool {
 
 namespace {
 
 constexpr double kUsualResolution = 300.0; // pixels per inch
-constexpr std::size_t kInks = 4;
-constexpr std::array<std::string_view, 1> kEndings{ ".ct" };
+
+/// What an output can be.
+struct Target {
+    std::string_view format;
+    unsigned int (*write)(ImportJob& job, const OutputFile& output);
+};
+constexpr std::array<std::string_view, 2> kEndings{ ".ct", ".lw" };
+constexpr std::array<Target, kEndings.size()> kTargets{ Target{ "CT", WriteCt },
+                                                        Target{ "LW", WriteLw } };
 
 constexpr char kFooter[] =
-    R"(RGB and grey pictures become ink by the profile of a CMYK output, relative
-colorimetric with black point compensation: the one given, else the first found
-under color/icc in the system's data folders (Debian's libgs-common installs
-one). The picture's colours are those of its own profile, else sRGB or grey of
-gamma 2.2. A CMYK picture's plates are taken as they are, without colour
+    R"(To a CT file: RGB and grey pictures become ink by the profile of a CMYK output,
+relative colorimetric with black point compensation: the one given, else the
+first found under color/icc in the system's data folders (Debian's libgs-common
+installs one). The picture's colours are those of its own profile, else sRGB or
+grey of gamma 2.2. A CMYK picture's plates are taken as they are, without colour
 conversion. What is transparent is composed on white.
 
-Example:
-  tympan import photo.jpg -o photo.ct --resolution 300)";
+To an LW file: a bilevel or grey picture becomes the black plate as it is, but
+that the value 64 becomes 63; how many pixels had it is told. A palette or RGB
+picture of up to 255 colours that it really uses becomes four plates, its
+colours converted as for CT, with flat black kept to the black plate. It is read
+twice.
+
+Examples:
+  tympan import photo.jpg -o photo.ct --resolution 300
+  tympan import page.tif -o page.lw)";
 
 struct Options {
     std::string picture;
     std::string output;
     std::string profile;
     std::optional<double> resolution;
-};
-
-/// The four plates of a row, 255 for no ink.
-class PlateRow {
-  public:
-    PlateRow(const Options& options, PictureSource& source)
-        : source_(source), samples_(source.Form().RowBytes()),
-          ink_(std::size_t{ source.Form().width } * kInks), plate_(source.Form().width)
-    {
-        const SourceForm& form = source.Form();
-        if (form.kind != SampleKind::CmykInk)
-            conversion_.emplace(options.picture, form,
-                                options.profile.empty() ? FindCmykProfile() : options.profile);
-        else if (!options.profile.empty())
-            Warn(options.picture, "is CMYK already: --profile has no effect");
-    }
-
-    void ReadNext()
-    {
-        source_.ReadRow(conversion_ ? samples_ : ink_);
-        if (conversion_)
-            conversion_->Convert(samples_, ink_);
-    }
-
-    const std::vector<std::uint8_t>& Plate(std::size_t separation)
-    {
-        for (std::size_t x = 0; x < plate_.size(); ++x)
-            plate_[x] = static_cast<std::uint8_t>(255 - ink_[x * kInks + separation]);
-        return plate_;
-    }
-
-  private:
-    PictureSource& source_;
-    std::optional<CmykConversion> conversion_;
-    std::vector<std::uint8_t> samples_;
-    std::vector<std::uint8_t> ink_; // C, M, Y, K of each pixel
-    std::vector<std::uint8_t> plate_;
 };
 
 PixelsPerInch ResolutionFor(const Options& options, const SourceForm& form)
@@ -109,94 +85,63 @@ void RequireInches(const Options& options, const SourceForm& form, PixelsPerInch
     throw FileFailure(options.picture,
                       "at " + Shortly(resolution.x) + " x " + Shortly(resolution.y) +
                           " pixels per inch the picture measures " + Shortly(width) + " x " +
-                          Shortly(height) + " inches, which a CT file can't hold",
+                          Shortly(height) + " inches, which its header can't hold",
                       {}, "Give a resolution from 1 to " + Shortly(most) + " with --resolution.");
-}
-
-// ---- writing
-
-void Describe(CtFileInterface& ct, const SourceForm& form, PixelsPerInch resolution)
-{
-    PictureParameters record;
-    record.WidthInPixels(form.width);
-    record.HeightInPixels(form.height);
-    record.NumberOfSeparations(kInks);
-    for (unsigned int slot = 0; slot < kInks; ++slot)
-        record.Separation(slot, BasePictureIF::AvailableSeps(slot));
-    ct.StorePictureParams(&record);
-    ct.FileWidthInUnits(form.width / resolution.x); // an assigned record doesn't carry these
-    ct.FileHeightInUnits(form.height / resolution.y);
-}
-
-void WriteRows(CtFileInterface& ct, PlateRow& row, const SourceForm& form, const Options& options)
-{
-    Progress progress("importing " + Shown(options.picture), form.height);
-    for (std::uint32_t y = 0; y < form.height; ++y) {
-        row.ReadNext();
-        for (unsigned int slot = 0; slot < kInks; ++slot) {
-            const std::vector<std::uint8_t>& plate = row.Plate(slot);
-            ct.SavePictureRow(plate.data(), y, BasePictureIF::AvailableSeps(slot), plate.size());
-        }
-        progress.Advance(1);
-    }
-}
-
-void WriteCt(const OutputFile& output, const SourceForm& form, const Options& options,
-             PlateRow& row)
-{
-    const std::unique_ptr<CtFileInterface> ct(
-        create_ct_file_object(output.WritingPath().c_str(), false));
-    if (ct == nullptr)
-        throw std::bad_alloc();
-    if (!ct->ObjectStatus())
-        throw FileFailure(output.Path(), "the CT file can't be begun", ct->TraceStatus());
-    Describe(*ct, form, ResolutionFor(options, form));
-    if (!ct->SavePictureParams())
-        throw FileFailure(output.Path(), "the picture's sizes don't fit a CT header");
-    WriteRows(*ct, row, form, options);
-    ct->ClosePictureFile();
 }
 
 // ---- reading what was written
 
-bool IsAsWritten(const CtFileInterface& ct, const SourceForm& form, PixelsPerInch resolution)
+bool IsAsWritten(const BasePictureIF& picture, const ImportJob& job, unsigned int separations)
 {
-    return ct.FileWidthInPixels() == form.width && ct.FileHeightInPixels() == form.height &&
-           ct.FileNumberOfSeparations() == kInks &&
-           IsSameResolution(ct.ResolutionOnXScanAxis(), resolution.x) &&
-           IsSameResolution(ct.ResolutionOnScanAxis(), resolution.y);
+    return picture.FileWidthInPixels() == job.Form().width &&
+           picture.FileHeightInPixels() == job.Form().height &&
+           picture.FileNumberOfSeparations() == separations &&
+           IsSameResolution(picture.ResolutionOnXScanAxis(), job.resolution.x) &&
+           IsSameResolution(picture.ResolutionOnScanAxis(), job.resolution.y);
 }
 
-void RequireReadsBack(const OutputFile& output, const SourceForm& form, PixelsPerInch resolution)
+void RequireReadsBack(const OutputFile& output, std::string_view format, const ImportJob& job,
+                      unsigned int separations)
 {
-    const CString path(output.WritingPath().c_str());
-    const std::unique_ptr<BasePictureIF> picture(create_picture_object(path));
-    auto* const ct = dynamic_cast<CtFileInterface*>(picture.get());
-    if (ct == nullptr || !ct->OpenPictureFile(path, true, false, nullptr) ||
-        !IsAsWritten(*ct, form, resolution))
+    const OpenedPicture opened = OpenAnyPicture(output.WritingPath().c_str());
+    if (!opened.isOpen || opened.format != format ||
+        !IsAsWritten(*opened.picture, job, separations))
         throw FileFailure(output.Path(),
-                          "what was written doesn't read back as the CT picture "
-                          "that it should be",
-                          {}, "Please report this, with the picture.");
+                          "what was written doesn't read back as the picture that it should be", {},
+                          "Please report this, with the picture.");
+}
+
+const Target& TargetOf(const std::string& output)
+{
+    const std::string ending = RequireEnding(output, kEndings);
+    const auto* const found = std::find(kEndings.begin(), kEndings.end(), ending);
+    return kTargets[static_cast<std::size_t>(found - kEndings.begin())];
+}
+
+ImportJob Open(const Options& options)
+{
+    ImportJob job;
+    job.picture = options.picture;
+    job.profile = options.profile;
+    job.source = OpenPictureSource(options.picture);
+    job.resolution = ResolutionFor(options, job.Form());
+    for (const std::string& remark : job.Form().remarks)
+        Warn(options.picture, remark);
+    return job;
 }
 
 void Import(const Options& options)
 {
-    RequireEnding(options.output, kEndings);
+    const Target& target = TargetOf(options.output);
     if (options.resolution && std::isnan(*options.resolution)) // passes as within any range
         throw UsageFailure("--resolution wants a number of pixels per inch");
-    const auto source = Guard(options.picture, [&] { return OpenPictureSource(options.picture); });
-    const SourceForm& form = source->Form();
-    const PixelsPerInch resolution = ResolutionFor(options, form);
-    RequireInches(options, form, resolution);
-    Guard(options.picture, [&] {
-        PlateRow row(options, *source);
+    ImportJob job = Guard(options.picture, [&] { return Open(options); });
+    RequireInches(options, job.Form(), job.resolution);
+    Guard(options.output, [&] {
         OutputFile output(options.output, options.picture);
-        Guard(options.output, [&] {
-            WriteCt(output, form, options, row);
-            RequireReadsBack(output, form, resolution);
-            output.Commit();
-        });
+        const unsigned int separations = target.write(job, output);
+        RequireReadsBack(output, target.format, job, separations);
+        output.Commit();
     });
 }
 
@@ -205,10 +150,11 @@ void Import(const Options& options)
 void AddImport(CLI::App& app)
 {
     CLI::App* const command =
-        app.add_subcommand("import", "Turns a JPEG, PNG or TIFF picture into a CT file");
+        app.add_subcommand("import", "Turns a JPEG, PNG or TIFF picture into a CT or LW file");
     const auto options = std::make_shared<Options>();
     command->add_option("PICTURE", options->picture, "A JPEG, PNG or TIFF file")->required();
-    command->add_option("-o,--output", options->output, "The CT file to write, OUT.ct")->required();
+    command->add_option("-o,--output", options->output, "The file to write, OUT.ct or OUT.lw")
+        ->required();
     command->add_option("--profile", options->profile,
                         "ICC profile of the CMYK output, for RGB and grey pictures");
     command

@@ -4,15 +4,15 @@
 #include "names.h"
 #include "picture.h"
 #include "separations.h"
-
-#include <nlohmann/json.hpp>
+#include "standard_output.h"
 
 #include <array>
-#include <cerrno>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -21,18 +21,19 @@ namespace tympan::tool {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 struct InfoOptions {
     std::vector<std::string> files;
     std::string asFormat;
     bool json = false;
+    bool runs = false;
 };
 
 // A file and what is known of it.
 struct Known {
     const std::string& file;
     const Opening& opening;
+    const InfoOptions& options;
+    std::optional<std::uint64_t> runs; ///< nothing when they were not asked for or can't be told
 
     const BasePictureIF& Picture() const { return *opening.opened.picture; }
     /// Whether a header was read: a refused one leaves an empty record.
@@ -45,11 +46,76 @@ struct Known {
     {
         return Picture().PictureParams()->BitsPerSample() / Picture().FileNumberOfSeparations();
     }
+    /// Pixels.
+    std::optional<double> MeanRun() const
+    {
+        if (!runs || *runs == 0)
+            return std::nullopt;
+        return static_cast<double>(Picture().FileWidthInPixels()) *
+               static_cast<double>(Picture().FileHeightInPixels()) / static_cast<double>(*runs);
+    }
 };
+
+const LwPictureParameters* ColoursOf(const BasePictureIF& picture)
+{
+    return dynamic_cast<const LwPictureParameters*>(picture.PictureParams());
+}
+
+// The ink value that stands for transparent in a separation.
+std::optional<unsigned int> TransparentInk(const LwPictureParameters& colours,
+                                           ColorSeparationType separation)
+{
+    constexpr unsigned short kMost = 255;
+    const unsigned short ink = colours.GetTransparentColor(separation);
+    return ink <= kMost ? std::optional<unsigned int>(ink) : std::nullopt;
+}
+
+// Runs of the whole picture; nothing when the format has none.
+std::optional<std::uint64_t> CountRuns(const std::string& file, const Opening& opening)
+{
+    constexpr std::uint64_t kRunBytes = 2;
+    constexpr std::uint64_t kRowBytes = 4;    // delimiters
+    constexpr std::uint64_t kSparedBytes = 2; // the size tells as many more than the rows have
+    auto* const lineWork = dynamic_cast<LWFileInterface*>(opening.opened.picture.get());
+    if (lineWork == nullptr || opening.failure)
+        return std::nullopt;
+    const auto height = static_cast<std::uint32_t>(lineWork->FileHeightInPixels());
+    const std::uint64_t bytes = lineWork->GetLWBufferSize(0, height - 1, 1, 0, false);
+    if (bytes == 0)
+        throw FileFailure(file, "the runs can't be counted: the file ends in its last row",
+                          lineWork->TraceStatus(), kCheckAdvice);
+    return (bytes - kSparedBytes - kRowBytes * height) / kRunBytes;
+}
+
+template <typename Number>
+Json NumberOrNull(const std::optional<Number>& number)
+{
+    return number ? Json(*number) : Json(nullptr);
+}
 
 Json NumberOrNull(double number)
 {
     return std::isfinite(number) ? Json(number) : Json(nullptr);
+}
+
+Json TransparentColours(const BasePictureIF& picture, const LwPictureParameters& colours)
+{
+    Json object = Json::object();
+    for (const ColorSeparationType separation : SeparationsOf(picture))
+        object[NameOf(separation)] = NumberOrNull(TransparentInk(colours, separation));
+    return object;
+}
+
+void AddLineWork(const Known& known, Json& object)
+{
+    const LwPictureParameters* const colours = ColoursOf(known.Picture());
+    object["colors"] = colours != nullptr ? Json(colours->FileColorsNumber()) : Json(nullptr);
+    object["transparent_colors"] =
+        colours != nullptr ? TransparentColours(known.Picture(), *colours) : Json(nullptr);
+    if (!known.options.runs)
+        return;
+    object["runs"] = NumberOrNull(known.runs);
+    object["mean_run"] = NumberOrNull(known.MeanRun());
 }
 
 Json SeparationNames(const BasePictureIF& picture)
@@ -76,14 +142,12 @@ void AddHeader(const Known& known, Json& object)
     object["bits_per_sample"] = known.BitsPerSample();
     object["row_size"] = picture.PictureParams()->RowSize();
     object["nlw"] = picture.Nlw();
+    AddLineWork(known, object);
 }
 
 Json AsJson(const Known& known)
 {
-    Json object;
-    object["file"] = WithReplacements(known.file);
-    if (!IsUtf8(known.file))
-        object["file_raw"] = PercentEncoded(known.file);
+    Json object = ObjectOf(known.file);
     if (known.opening.opened.picture != nullptr)
         object["format"] = known.opening.opened.format;
     if (known.HasHeader())
@@ -155,14 +219,34 @@ Lines HeaderLines(const Known& known)
     };
 }
 
+Lines LineWorkLines(const Known& known)
+{
+    const LwPictureParameters* const colours = ColoursOf(known.Picture());
+    if (colours == nullptr)
+        return {};
+    std::string transparent;
+    for (const ColorSeparationType separation : SeparationsOf(known.Picture())) {
+        const auto ink = TransparentInk(*colours, separation);
+        transparent += (transparent.empty() ? "" : ", ") + NameOf(separation) + " " +
+                       (ink ? std::to_string(*ink) : "none");
+    }
+    Lines lines{ { "Colours", std::to_string(colours->FileColorsNumber()) },
+                 { "Transparent", transparent } };
+    if (const auto mean = known.MeanRun())
+        lines.emplace_back("Runs", std::to_string(*known.runs) + ", of " + Number(*mean, 2) +
+                                       " pixels in the mean");
+    return lines;
+}
+
 void Print(const Known& known)
 {
     Lines lines;
     if (known.opening.opened.picture != nullptr)
         lines.emplace_back("Format", known.opening.opened.format);
     if (known.HasHeader())
-        for (auto& line : HeaderLines(known))
-            lines.push_back(std::move(line));
+        for (Lines (*const linesOf)(const Known&) : { HeaderLines, LineWorkLines })
+            for (auto& line : linesOf(known))
+                lines.push_back(std::move(line));
     std::cout << Shown(known.file) << '\n';
     for (const auto& [name, value] : lines) {
         std::string start = "  " + std::string(name);
@@ -170,14 +254,7 @@ void Print(const Known& known)
         std::cout << start << value << '\n';
     }
     if (known.opening.failure)
-        std::cout << "  Not opened\n";
-}
-
-void FinishStandardOutput()
-{
-    std::cout.flush();
-    if (!std::cout)
-        throw SystemFailure("standard output", errno != 0 ? errno : EIO);
+        std::cout << (known.opening.opened.isOpen ? "  Not whole\n" : "  Not opened\n");
 }
 
 void Info(const InfoOptions& options)
@@ -185,8 +262,15 @@ void Info(const InfoOptions& options)
     Json objects = Json::array();
     bool failed = false;
     for (const std::string& file : options.files) {
-        const Opening opening = TryOpenPicture(file, options.asFormat);
-        const Known known{ file, opening };
+        Opening opening = TryOpenPicture(file, options.asFormat);
+        std::optional<std::uint64_t> runs;
+        try {
+            if (options.runs)
+                runs = CountRuns(file, opening);
+        } catch (const FileFailure& failure) {
+            opening.failure = failure;
+        }
+        const Known known{ file, opening, options, runs };
         if (options.json)
             objects.push_back(AsJson(known));
         else
@@ -198,7 +282,7 @@ void Info(const InfoOptions& options)
         failed = true;
     }
     if (options.json)
-        std::cout << objects.dump(2, ' ', true) << '\n';
+        PrintIndented(objects);
     FinishStandardOutput();
     if (failed)
         throw FailuresReported();
@@ -212,12 +296,14 @@ void AddInfo(CLI::App& app)
     CLI::App& command = *app.add_subcommand("info", "Tell what picture files are");
     command.add_option("FILE", options->files, "The pictures")->required();
     command.add_flag("--json", options->json, "Write a JSON array with an object for each file");
+    command.add_flag("--runs", options->runs, "Count the runs of line work, which reads it whole");
     AddAsOption(command, options->asFormat);
     command.footer(R"(All files are looked at; the exit status is 1 if any failed.
 
 Example:
   tympan info photo.ct
-  tympan info --json *.ct)");
+  tympan info --json *.ct
+  tympan info --runs map.lw)");
     command.callback([options] { Info(*options); });
 }
 

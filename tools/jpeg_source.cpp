@@ -135,7 +135,7 @@ class JpegSource : public PictureSource {
         for (const auto* marker = jpeg_.marker_list; marker != nullptr; marker = marker->next)
             if (marker->marker == kExifMarker && !fields.resolutionX)
                 fields = ReadExif({ marker->data, marker->data_length });
-        TellOrientation(path_, fields.orientation);
+        RemarkOnOrientation(fields.orientation);
         if (!form_.resolution && fields.resolutionX && fields.resolutionY)
             form_.resolution =
                 ResolutionOf(*fields.resolutionX, *fields.resolutionY, fields.inchesPerUnit);

@@ -9,6 +9,7 @@
 #include <array>
 #include <iostream>
 #include <new>
+#include <string>
 
 namespace {
 
@@ -16,15 +17,19 @@ using tympan::tool::ExitStatus;
 
 constexpr std::array kSubcommands{
     tympan::tool::AddInfo,   tympan::tool::AddPreview, tympan::tool::AddRows,
-    tympan::tool::AddImport, tympan::tool::AddExport,
+    tympan::tool::AddImport, tympan::tool::AddExport,  tympan::tool::AddCrop,
+    tympan::tool::AddStream, tympan::tool::AddCheck,
 };
 
 constexpr char kFooter[] = R"(Examples:
   tympan import photo.jpg -o photo.ct
   tympan info photo.ct
+  tympan check photo.ct map.lw
   tympan preview photo.ct -o photo.png --fit 1200
   tympan rows photo.ct --separation cyan -o cyan.tif
   tympan export photo.ct -o photo.tif
+  tympan crop map.lw detail.lw --left 1001 --right 3000
+  tympan stream map.lw -o map.runs --separation black
 
 Exit status: 0 fine, 1 a file failed, 2 wrong usage.
 `tympan SUBCOMMAND --help` tells more.)";
@@ -39,7 +44,17 @@ void Declare(CLI::App& app)
         add(app);
 }
 
-ExitStatus TellWrongUsage(const char* text)
+// "info, preview ... or export".
+std::string Subcommands(const CLI::App& app)
+{
+    const auto all = app.get_subcommands([](const CLI::App*) { return true; });
+    std::string names;
+    for (const CLI::App* const one : all)
+        names += (names.empty() ? "" : one == all.back() ? " or " : ", ") + one->get_name();
+    return names;
+}
+
+ExitStatus TellWrongUsage(const std::string& text)
 {
     std::cerr << "tympan: " << tympan::tool::Shown(text)
               << "\n  `tympan --help` and `tympan SUBCOMMAND --help` tell how it is used.\n";
@@ -53,7 +68,7 @@ ExitStatus Run(int argc, char** argv)
         Declare(app);
         app.parse(argc, argv);
         if (app.get_subcommands().empty())
-            return TellWrongUsage("name a subcommand: info, preview, rows, import or export");
+            return TellWrongUsage("name a subcommand: " + Subcommands(app));
         return ExitStatus::Fine;
     } catch (const CLI::Success& asked) { // --help and --version
         app.exit(asked);

@@ -21,14 +21,15 @@ namespace {
 
 constexpr std::array kEndingSignals{ SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGXCPU };
 
-// The name that a signal's handler removes, or null.
-std::atomic<const char*> unfinished{ nullptr };
+// The names that a signal's handler removes, or null. A subcommand has two outputs at most.
+std::array<std::atomic<const char*>, 2> unfinished{};
 static_assert(std::atomic<const char*>::is_always_lock_free);
 
 extern "C" void RemoveUnfinishedAndEnd(int signal)
 {
-    if (const char* const path = unfinished.load())
-        unlink(path);
+    for (const auto& one : unfinished)
+        if (const char* const path = one.load())
+            unlink(path);
     raise(signal); // by now its default action, which comes when this returns
 }
 
@@ -51,16 +52,21 @@ class SignalsHeld {
     sigset_t before_{};
 };
 
+void ReplaceForSignals(const char* before, const char* after)
+{
+    for (auto& one : unfinished)
+        if (const char* found = before; one.compare_exchange_strong(found, after))
+            return;
+}
+
 void RememberForSignals(const std::string& path)
 {
-    const char* none = nullptr;
-    unfinished.compare_exchange_strong(none, path.c_str());
+    ReplaceForSignals(nullptr, path.c_str());
 }
 
 void ForgetForSignals(const std::string& path)
 {
-    const char* mine = path.c_str();
-    unfinished.compare_exchange_strong(mine, nullptr);
+    ReplaceForSignals(path.c_str(), nullptr);
 }
 
 void RequireOtherFile(const std::string& output, const struct stat& there, const std::string& input)

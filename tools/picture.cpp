@@ -31,7 +31,16 @@ struct CodeText {
     const char* advice;
 };
 constexpr std::array kCodeTexts{
-    CodeText{ 90001, "the file can't be opened or read", "" },
+    CodeText{ 90001, "the file can't be opened or read, or it ends too early", "" },
+    CodeText{ 90020,
+              "the line work can't be read: it names a colour that its table doesn't have, or the "
+              "file ends too early",
+              kCheckAdvice },
+    CodeText{ 90024, "the line work is wrong: a row's delimiter is missing", kCheckAdvice },
+    CodeText{ 90025,
+              "the line work is wrong: a row's runs don't add up to the width, or its delimiter is "
+              "missing",
+              kCheckAdvice },
     CodeText{ 90030, "the picture's rows can't be read or drawn", "" },
     CodeText{ 90066,
               "the header is refused: its number of separations is neither 1 nor 4, or its "
@@ -54,22 +63,6 @@ std::string FormatsOfThisBuild()
     for (const std::string_view name : FormatNames())
         names += (names.empty() ? "" : ", ") + std::string(name);
     return names;
-}
-
-std::vector<std::string_view> FormatsFor(const std::string& asFormat)
-{
-    const auto* const value =
-        std::find_if(kAsValues.begin(), kAsValues.end(),
-                     [&](const AsValue& one) { return one.option == asFormat; });
-    std::vector<std::string_view> formats;
-    for (const std::string_view name : FormatNames())
-        if (value != kAsValues.end() &&
-            (name == value->formats || name.substr(0, name.find(' ')) == value->formats))
-            formats.push_back(name);
-    if (formats.empty())
-        throw UsageFailure("--as " + asFormat + ": this build doesn't read that format; it reads " +
-                           FormatsOfThisBuild());
-    return formats;
 }
 
 // The library's texts run over several lines.
@@ -125,12 +118,26 @@ OpenedPicture OpenAsAnyOf(const CString& path, const std::vector<std::string_vie
     return refused;
 }
 
+// A CT is known by the header that it shares with line work, so that bad line work passes for one; but
+// by its type it is told.
+bool PassesForCt(const OpenedPicture& opened)
+{
+    return dynamic_cast<const CtFileInterface*>(opened.picture.get()) != nullptr &&
+           opened.picture->FileType() == "LW";
+}
+
+OpenedPicture OpenByContent(const CString& path)
+{
+    OpenedPicture opened = OpenAnyPicture(path);
+    return PassesForCt(opened) ? OpenPictureAs(path, "LW") : std::move(opened);
+}
+
 OpenedPicture Open(const std::string& path, const std::vector<std::string_view>& formats)
 {
     const CString name(path.c_str());
     RequirePlainFile(path);
     const CFile readable(name, CFile::modeRead); // throws what keeps the file from being read
-    return formats.empty() ? OpenAnyPicture(name) : OpenAsAnyOf(name, formats);
+    return formats.empty() ? OpenByContent(name) : OpenAsAnyOf(name, formats);
 }
 
 FileFailure Refusal(const std::string& path, const OpenedPicture& opened)
@@ -179,6 +186,11 @@ CtFileInterface* Picture::AsCt() const
     return dynamic_cast<CtFileInterface*>(opened_.picture.get());
 }
 
+LWFileInterface* Picture::AsLw() const
+{
+    return dynamic_cast<LWFileInterface*>(opened_.picture.get());
+}
+
 std::uint32_t Picture::Width() const
 {
     constexpr unsigned long kMost = std::numeric_limits<std::int32_t>::max();
@@ -202,10 +214,27 @@ void Picture::RequireNoFailure() const
         throw Failure();
 }
 
+std::vector<std::string_view> FormatsFor(const std::string& asFormat)
+{
+    if (asFormat.empty())
+        return {};
+    const auto* const value =
+        std::find_if(kAsValues.begin(), kAsValues.end(),
+                     [&](const AsValue& one) { return one.option == asFormat; });
+    std::vector<std::string_view> formats;
+    for (const std::string_view name : FormatNames())
+        if (value != kAsValues.end() &&
+            (name == value->formats || name.substr(0, name.find(' ')) == value->formats))
+            formats.push_back(name);
+    if (formats.empty())
+        throw UsageFailure("--as " + asFormat + ": this build doesn't read that format; it reads " +
+                           FormatsOfThisBuild());
+    return formats;
+}
+
 Opening TryOpenPicture(const std::string& path, const std::string& asFormat)
 {
-    const std::vector<std::string_view> formats =
-        asFormat.empty() ? std::vector<std::string_view>() : FormatsFor(asFormat);
+    const std::vector<std::string_view> formats = FormatsFor(asFormat);
     Opening opening;
     try {
         opening.opened = tool::Guard(path, [&] { return Open(path, formats); });
@@ -247,6 +276,26 @@ void RequirePixels(const Picture& picture)
                               std::to_string(picture.Width()) + " x " +
                               std::to_string(picture.Height()),
                           std::nullopt, kDamagedAdvice);
+}
+
+LWFileInterface& RequireLineWork(const Picture& picture, const std::string& wish)
+{
+    if (LWFileInterface* const lineWork = picture.AsLw())
+        return *lineWork;
+    throw FileFailure(picture.Path(), "is a " + std::string(picture.Format()) +
+                                          " file; only line work (LW) can be " + wish);
+}
+
+void ShowTransparentAsPaper(const Picture& picture)
+{
+    constexpr unsigned char kPaper = 255;
+    auto* const colours = dynamic_cast<LwPictureParameters*>(picture.Object().PictureParams());
+    if (colours == nullptr)
+        return;
+    for (unsigned char row = 0; row < colours->TableColorsNumber(); ++row)
+        for (const ColorSeparationType separation : SeparationsOf(picture.Object()))
+            if (colours->IsColorTransparent(row, separation))
+                colours->SetColor(separation, row, kPaper);
 }
 
 std::optional<std::uint32_t> FirstMissingRow(const Picture& picture)

@@ -11,6 +11,8 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace tympan::tool {
 
@@ -27,6 +29,7 @@ class Picture {
     PictureFileInterface& Rows() const;
     /// Null for a picture of another format.
     CtFileInterface* AsCt() const;
+    LWFileInterface* AsLw() const;
 
     std::uint32_t Width() const;
     std::uint32_t Height() const;
@@ -41,12 +44,19 @@ class Picture {
     OpenedPicture opened_;
 };
 
+/// What to do about bad line work.
+inline constexpr char kCheckAdvice[] = "`tympan check FILE` tells all that is wrong with it.";
+
 /// What became of an opening: the object, if one was made, and the failure, if the file wasn't
 /// taken.
 struct Opening {
     OpenedPicture opened;
     std::optional<FileFailure> failure;
 };
+
+/// The library's names of the formats that a value of `--as` stands for; none for an empty value.
+/// \throws UsageFailure for a format that this build doesn't read.
+std::vector<std::string_view> FormatsFor(const std::string& asFormat);
 
 /// \param asFormat a value of `--as`; empty to ask the formats
 /// \throws UsageFailure for a format that this build doesn't read.
@@ -65,9 +75,18 @@ bool IsSameResolution(double read, double meant);
 /// \throws FileFailure for a picture without a pixel.
 void RequirePixels(const Picture& picture);
 
+/// The line work of a picture, for what only runs can be asked.
+/// \param wish what can't be done with another format, as "cropped"
+/// \throws FileFailure for another format.
+LWFileInterface& RequireLineWork(const Picture& picture, const std::string& wish);
+
+/// Lets transparent colours show as paper. The library gives them ink values that no other colour
+/// has, by which a program tells them, and which a person would see as ink. Other formats have none.
+void ShowTransparentAsPaper(const Picture& picture);
+
 /// The first row, of all that the header claims, that the file doesn't hold whole; nothing when it
-/// holds them all, or the picture isn't a CT. For each row all separations must be there; padding
-/// behind the last needn't.
+/// holds them all, or the picture isn't a CT: only there opening doesn't look at the rows. For each
+/// row all separations must be there; padding behind the last needn't.
 /// \throws FileFailure when the file can't be read.
 std::optional<std::uint32_t> FirstMissingRow(const Picture& picture);
 

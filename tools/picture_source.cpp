@@ -41,6 +41,30 @@ std::string FirstBytes(const std::string& path)
     return { bytes.data(), count };
 }
 
+class ColoursOfPalette : public PictureSource {
+  public:
+    explicit ColoursOfPalette(std::unique_ptr<PictureSource> source)
+        : source_(std::move(source)), indexes_(source_->Form().RowBytes())
+    {
+        form_ = source_->Form();
+        form_.kind = SampleKind::Rgb;
+    }
+
+    void ReadRow(std::span<std::uint8_t> row) override
+    {
+        source_->ReadRow(indexes_);
+        std::uint8_t* sample = row.data();
+        for (const std::uint8_t index : indexes_) {
+            const Rgb& colour = form_.palette[index];
+            sample = std::copy(colour.begin(), colour.end(), sample);
+        }
+    }
+
+  private:
+    std::unique_ptr<PictureSource> source_;
+    std::vector<std::uint8_t> indexes_;
+};
+
 } // namespace
 
 Stream OpenStream(const std::string& path)
@@ -65,6 +89,13 @@ std::unique_ptr<PictureSource> OpenPictureSource(const std::string& path)
             return kind.open(path);
     throw FileFailure(path, bytes.empty() ? "is empty" : "is not a JPEG, PNG or TIFF picture", {},
                       "Pictures of other kinds have to be turned into one of these first.");
+}
+
+std::unique_ptr<PictureSource> WithoutPalette(std::unique_ptr<PictureSource> source)
+{
+    if (source->Form().kind != SampleKind::Index)
+        return source;
+    return std::make_unique<ColoursOfPalette>(std::move(source));
 }
 
 std::optional<PixelsPerInch> ResolutionOf(double x, double y, double inchesPerUnit)
@@ -101,15 +132,14 @@ void RequireHeldClaim(const std::string& path, std::uint64_t bytes, std::uint64_
                           {}, "The file is damaged or was cut short.");
 }
 
-void TellOrientation(const std::string& path, unsigned int orientation)
+void PictureSource::RemarkOnOrientation(unsigned int orientation)
 {
     constexpr unsigned int kRightWayUp = 1;
     constexpr unsigned int kLast = 8;
     if (orientation > kRightWayUp && orientation <= kLast)
-        Warn(path,
-             "the picture is taken as it is stored, though the file asks to show it turned or "
-             "mirrored (orientation " +
-                 std::to_string(orientation) + ")");
+        Remark("the picture is taken as it is stored, though the file asks to show it turned or "
+               "mirrored (orientation " +
+               std::to_string(orientation) + ")");
 }
 
 } // namespace tympan::tool

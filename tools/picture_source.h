@@ -1,6 +1,7 @@
 // The pictures that can be imported, whatever their file: rows of 8-bit samples from the top down.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -8,18 +9,20 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace tympan::tool {
 
-/// What the samples of a pixel are: 0 black and 255 white for the first two, 0 no ink and 255 full
-/// ink for the last.
-enum class SampleKind { Grey, Rgb, CmykInk };
+/// What the samples of a pixel are: 0 black and 255 white for grey and RGB, the number of a colour of
+/// the palette, or 0 no ink and 255 full ink.
+enum class SampleKind { Grey, Index, Rgb, CmykInk };
 
 constexpr std::size_t SamplesPerPixel(SampleKind kind)
 {
     switch (kind) {
-    case SampleKind::Grey: return 1;
+    case SampleKind::Grey:
+    case SampleKind::Index: return 1;
     case SampleKind::Rgb: return 3;
     case SampleKind::CmykInk: break;
     }
@@ -31,6 +34,9 @@ struct PixelsPerInch {
     double x, y;
 };
 
+/// Red, green and blue.
+using Rgb = std::array<std::uint8_t, 3>;
+
 /// What a picture's file tells about it.
 struct SourceForm {
     std::uint32_t width = 0;
@@ -38,6 +44,8 @@ struct SourceForm {
     SampleKind kind = SampleKind::Grey;
     std::optional<PixelsPerInch> resolution; ///< nothing when the file has none
     std::vector<std::uint8_t> profile;       ///< the ICC profile in the file, often none
+    std::vector<Rgb> palette;                ///< the colour of each index that a row may hold
+    std::vector<std::string> remarks;        ///< what the person should know, though all goes on
 
     std::size_t RowBytes() const { return std::size_t{ width } * SamplesPerPixel(kind); }
 };
@@ -58,12 +66,19 @@ class PictureSource {
     virtual void ReadRow(std::span<std::uint8_t> row) = 0;
 
   protected:
+    void Remark(std::string text) { form_.remarks.push_back(std::move(text)); }
+    /// Remarks on a picture that the file wants turned or mirrored: 1 is the right way up.
+    void RemarkOnOrientation(unsigned int orientation);
+
     SourceForm form_;
 };
 
 /// Opens a JPEG, PNG or TIFF file, which it knows by its first bytes and not by its name.
 /// \throws FileFailure for any other, and for one that can't be read.
 std::unique_ptr<PictureSource> OpenPictureSource(const std::string& path);
+
+/// The same picture with the colours of its palette in place of their numbers.
+std::unique_ptr<PictureSource> WithoutPalette(std::unique_ptr<PictureSource> source);
 
 std::unique_ptr<PictureSource> OpenJpegSource(const std::string& path);
 std::unique_ptr<PictureSource> OpenPngSource(const std::string& path);
@@ -93,9 +108,6 @@ void RequireSensibleSize(const std::string& path, std::uint64_t width, std::uint
 /// Refuses to take more memory at once than a file of this length can fill.
 /// \param mostForByte how many bytes of the picture one of the file can stand for
 void RequireHeldClaim(const std::string& path, std::uint64_t bytes, std::uint64_t mostForByte);
-
-/// Warns when the file wants its picture turned or mirrored: 1 is the right way up.
-void TellOrientation(const std::string& path, unsigned int orientation);
 
 /// A sample over white paper.
 constexpr std::uint8_t OnWhite(unsigned int sample, unsigned int alpha)

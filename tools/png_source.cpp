@@ -1,4 +1,5 @@
-// PNG files of all colour types and depths, brought to 8 bits by libpng.
+// PNG files of all colour types and depths, brought to 8 bits.
+#include "bit_spreader.h"
 #include "failure.h"
 #include "jump_guard.h"
 #include "picture_source.h"
@@ -9,6 +10,7 @@
 #include <array>
 #include <cerrno>
 #include <cmath>
+#include <optional>
 #include <string>
 
 namespace tympan::tool {
@@ -40,8 +42,9 @@ class PngSource : public PictureSource {
     {
         MakeDecoder();
         Do([this] { png_read_info(png_.png, png_.info); });
-        Do([this] { AskForEightBits(); });
+        Do([this] { AskForBytes(); });
         Describe();
+        TakePalette();
         TakeProfile();
         if (interlaced_)
             ReadWhole();
@@ -49,10 +52,12 @@ class PngSource : public PictureSource {
 
     void ReadRow(std::span<std::uint8_t> row) override
     {
-        if (channels_ == row.size() / form_.width)
-            return ReadStored(row);
-        ReadStored(stored_);
-        ComposeOnWhite(row);
+        const bool asItIs = !spreader_ && stored_.size() == row.size();
+        ReadStored(asItIs ? row : stored_);
+        if (spreader_)
+            spreader_->Spread(stored_, row);
+        else if (!asItIs)
+            ComposeOnWhite(row);
     }
 
   private:
@@ -94,9 +99,20 @@ class PngSource : public PictureSource {
         png_set_read_fn(png_.png, this, Read);
     }
 
-    void AskForEightBits()
+    bool HasPalette() const
     {
-        png_set_expand(png_.png); // palettes, few bits, one transparent colour
+        return png_get_color_type(png_.png, png_.info) == PNG_COLOR_TYPE_PALETTE;
+    }
+
+    // Few bits stay packed, for the spreader is faster.
+    void AskForBytes()
+    {
+        const unsigned int bits = png_get_bit_depth(png_.png, png_.info);
+        const bool hasKey = png_get_valid(png_.png, png_.info, PNG_INFO_tRNS) != 0;
+        if (!HasPalette() && hasKey)
+            png_set_expand(png_.png); // a transparent colour becomes alpha
+        else if (bits < 8)
+            spreader_.emplace(bits, HasPalette() ? LevelScale::Numbers : LevelScale::BlackIsZero);
         png_set_scale_16(png_.png);
         png_set_interlace_handling(png_.png);
         png_read_update_info(png_.png, png_.info);
@@ -108,10 +124,12 @@ class PngSource : public PictureSource {
         form_.height = png_get_image_height(png_.png, png_.info);
         RequireSensibleSize(path_, form_.width, form_.height);
         const png_byte type = png_get_color_type(png_.png, png_.info);
-        form_.kind = (type & PNG_COLOR_MASK_COLOR) != 0 ? SampleKind::Rgb : SampleKind::Grey;
+        form_.kind = HasPalette()                         ? SampleKind::Index
+                     : (type & PNG_COLOR_MASK_COLOR) != 0 ? SampleKind::Rgb
+                                                          : SampleKind::Grey;
         channels_ = png_get_channels(png_.png, png_.info);
         interlaced_ = png_get_interlace_type(png_.png, png_.info) != PNG_INTERLACE_NONE;
-        stored_.resize(std::size_t{ form_.width } * channels_);
+        stored_.resize(png_get_rowbytes(png_.png, png_.info));
 
         png_uint_32 x = 0;
         png_uint_32 y = 0;
@@ -119,6 +137,26 @@ class PngSource : public PictureSource {
         png_get_pHYs(png_.png, png_.info, &x, &y, &unit);
         if (unit == PNG_RESOLUTION_METER)
             form_.resolution = ResolutionOf(PerInch(x), PerInch(y), 1.0);
+    }
+
+    // On white where it is transparent. A number that the file gives no colour is black.
+    void TakePalette()
+    {
+        if (!HasPalette())
+            return;
+        png_colorp colours = nullptr;
+        png_bytep alphas = nullptr;
+        int count = 0;
+        int alphaCount = 0;
+        png_get_PLTE(png_.png, png_.info, &colours, &count);
+        png_get_tRNS(png_.png, png_.info, &alphas, &alphaCount, nullptr);
+        form_.palette.resize(PNG_MAX_PALETTE_LENGTH);
+        for (int i = 0; i < count; ++i) {
+            const unsigned int alpha = i < alphaCount ? alphas[i] : 255U;
+            form_.palette[static_cast<std::size_t>(i)] = { OnWhite(colours[i].red, alpha),
+                                                           OnWhite(colours[i].green, alpha),
+                                                           OnWhite(colours[i].blue, alpha) };
+        }
     }
 
     void TakeProfile()
@@ -178,6 +216,7 @@ class PngSource : public PictureSource {
     int readError_ = 0;
     Decoder png_;
     std::size_t channels_ = 0; // alpha included
+    std::optional<BitSpreader> spreader_;
     bool interlaced_ = false;
     std::uint32_t nextRow_ = 0;
     std::vector<std::uint8_t> stored_; // a row as libpng gives it

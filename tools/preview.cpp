@@ -9,10 +9,13 @@
 #include "preview_bands.h"
 #include "progress.h"
 #include "row_range.h"
+#include "separation_bands.h"
 #include "separations.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
+#include <functional>
 #include <limits>
 #include <memory>
 #include <optional>
@@ -63,21 +66,50 @@ std::optional<ColorSeparationType> WantedSeparation(const PreviewOptions& option
     return ParseSeparation(options.separation);
 }
 
-DrawRows Drawing(const Picture& picture, std::optional<ColorSeparationType> separation)
+// Gives the rows in blue, green and red, from the top down.
+using GiveRows = std::function<void(const TakePixels& take)>;
+
+// All separations together, as the library draws them.
+GiveRows Composite(const Picture& picture, RowRange rows)
 {
-    if (!separation)
-        return [&picture](std::uint32_t first, std::uint32_t last, CDC& context) {
-            picture.Object().Display(first, last, context);
-            picture.RequireNoFailure();
-        };
-    CtFileInterface* const ct = picture.AsCt();
-    if (ct == nullptr)
-        throw FileFailure(picture.Path(), "one separation can be shown of CT pictures only");
-    return
-        [&picture, ct, plate = *separation](std::uint32_t first, std::uint32_t last, CDC& context) {
-            ct->Display(first, last, &context, plate);
-            picture.RequireNoFailure();
-        };
+    const auto draw = [&picture](std::uint32_t first, std::uint32_t last, CDC& context) {
+        picture.Object().Display(first, last, context);
+        if (picture.Object().TraceStatus() != 0)
+            throw RowsFailure(picture, { first, last + 1 });
+    };
+    return [=, &picture](const TakePixels& take) {
+        DrawInBands({ rows.first, rows.end, picture.Width() }, draw, take);
+    };
+}
+
+using Colour = std::array<std::uint8_t, 3>; // blue, green and red
+
+std::array<Colour, 256> TintsOf(ColorSeparationType separation)
+{
+    std::array<Colour, 256> tints{};
+    for (std::size_t value = 0; value < tints.size(); ++value) {
+        const unsigned long packed = PictureFileInterface::CalculatePixelAsRGB(
+            static_cast<unsigned char>(value), separation);
+        for (unsigned int channel = 0; channel < 3; ++channel)
+            tints[value][channel] = static_cast<std::uint8_t>(packed >> (16U - 8U * channel));
+    }
+    return tints;
+}
+
+// One separation in its tint.
+GiveRows Plate(const Picture& picture, RowRange rows, ColorSeparationType separation)
+{
+    return [=, &picture](const TakePixels& take) {
+        const auto tints = TintsOf(separation);
+        SeparationBands bands(picture, { separation }, rows);
+        std::vector<std::uint8_t> pixels(std::size_t{ picture.Width() } * 3);
+        for (std::uint32_t row = rows.first; row < rows.end; ++row) {
+            auto pixel = pixels.begin();
+            for (const std::uint8_t value : bands.Row(row, 0))
+                pixel = std::copy(tints[value].begin(), tints[value].end(), pixel);
+            take(row, 0, pixels);
+        }
+    };
 }
 
 WrittenForm FormOf(const Picture& picture, PixelSize shown, PixelSize target)
@@ -106,11 +138,11 @@ void WritePreview(const Picture& picture, const PreviewOptions& options, RowRang
         png.Write(pngRow);
     });
     Progress progress("Drawing " + picture.Path(), shown.height);
-    DrawInBands({ rows.first, rows.end, shown.width }, Drawing(picture, separation),
-                [&](std::uint32_t row, std::uint32_t column, std::span<const std::uint8_t> pixels) {
-                    average.Add(row - rows.first, column, pixels);
-                    progress.Advance(column == 0 ? 1 : 0);
-                });
+    const GiveRows give = separation ? Plate(picture, rows, *separation) : Composite(picture, rows);
+    give([&](std::uint32_t row, std::uint32_t column, std::span<const std::uint8_t> pixels) {
+        average.Add(row - rows.first, column, pixels);
+        progress.Advance(column == 0 ? 1 : 0);
+    });
     png.Finish();
 }
 
@@ -135,6 +167,7 @@ void Preview(const PreviewOptions& options)
     if (separation)
         RequireSeparation(options.file, picture.Object(), *separation);
     const RowRange rows = ParseRows(options.rows, picture.Height());
+    ShowTransparentAsPaper(picture);
 
     const auto missing = FirstMissingRow(picture);
     if (missing && (*missing <= rows.first || IsHopeless(rows, *missing)))
@@ -167,8 +200,9 @@ void AddPreview(CLI::App& app)
         ->default_str("");
     AddAsOption(command, options->asFormat);
     command.footer(
-        R"(Rows that a cut file doesn't hold are shown without ink, and the exit status is 1.
-Nothing is written when nearly all of a huge picture is missing.
+        R"(Transparent colours of line work are shown as paper.
+Rows that a cut CT file doesn't hold are shown without ink, and the exit status is 1.
+Nothing is written when nearly all of a huge picture is missing, or when line work has a bad row.
 With --fit each pixel is the mean of a box of whole pixels, each of which counts once.
 
 Example:

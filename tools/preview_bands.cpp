@@ -42,7 +42,8 @@ std::span<const std::uint8_t> PreviewBand::Row(std::uint32_t row) const
 
 void DrawInBands(const PictureArea& area, const DrawRows& draw, const TakePixels& take)
 {
-    // Columns are cut only where a single row is more than a band, so rows stay in order.
+    // Columns are cut only where a single row is more than a band, so rows stay in order, and no
+    // picture of a real size is read more than once.
     const std::uint32_t columns = std::min(area.width, kBandPixels);
     const std::uint32_t rows = std::min(kBandPixels / columns, area.endRow - area.firstRow);
     PreviewBand band(columns, rows);

@@ -7,12 +7,14 @@
 #include "picture.h"
 #include "progress.h"
 #include "row_range.h"
+#include "separation_bands.h"
 #include "separations.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdio>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -31,15 +33,13 @@ struct RowsOptions {
     std::optional<double> resolution;
 };
 
-constexpr std::size_t kBandBytes = 4U << 20U;
-constexpr double kLongestRow = 1U << 28U; // pixels of an enlarged row
+constexpr double kLongestRow = 1U << 28U; // pixels
 
-// The rows wanted, at the file's own resolution or enlarged.
+// The rows wanted, at the file's own resolution or another.
 class RowSource {
   public:
-    RowSource(const Picture& picture, CtFileInterface& ct, ColorSeparationType separation,
-              RowRange rows)
-        : picture_(picture), ct_(ct), separation_(separation), rows_(rows)
+    RowSource(const Picture& picture, ColorSeparationType separation, RowRange rows)
+        : picture_(picture), object_(picture.Rows()), separation_(separation), rows_(rows)
     {}
     RowSource(const RowSource&) = delete;
     RowSource& operator=(const RowSource&) = delete;
@@ -50,7 +50,7 @@ class RowSource {
 
   protected:
     const Picture& picture_;
-    CtFileInterface& ct_;
+    PictureFileInterface& object_;
     ColorSeparationType separation_;
     RowRange rows_;
 };
@@ -61,48 +61,31 @@ class StoredRows : public RowSource {
 
     WrittenForm Form() const override
     {
-        return { picture_.Width(), rows_.Count(), ct_.ResolutionOnXScanAxis(),
-                 ct_.ResolutionOnScanAxis() };
+        return { picture_.Width(), rows_.Count(), object_.ResolutionOnXScanAxis(),
+                 object_.ResolutionOnScanAxis() };
     }
 
     void WriteTo(RowWriter& writer) override
     {
-        const std::size_t width = picture_.Width();
-        const auto bandRows = static_cast<std::uint32_t>(
-            std::max<std::size_t>(1, std::min<std::size_t>(kBandBytes / width, rows_.Count())));
-        std::vector<std::uint8_t> band(width * bandRows);
+        SeparationBands bands(picture_, { separation_ }, rows_);
         Progress progress("Reading " + picture_.Path(), rows_.Count());
-        for (std::uint32_t row = rows_.first; row < rows_.end;) {
-            const std::uint32_t count = std::min(bandRows, rows_.end - row);
-            ReadBand(row, count, band);
-            for (std::uint32_t i = 0; i < count; ++i)
-                writer.Write({ band.data() + i * width, width });
-            progress.Advance(count);
-            row += count;
+        for (std::uint32_t row = rows_.first; row < rows_.end; ++row) {
+            writer.Write(bands.Row(row, 0));
+            progress.Advance(1);
         }
-    }
-
-  private:
-    void ReadBand(std::uint32_t row, std::uint32_t count, std::vector<std::uint8_t>& band)
-    {
-        unsigned int rowsInfo = 0;
-        const unsigned long read =
-            ct_.GetPictureRows(band.data(), row, row + count, rowsInfo, nullptr, separation_,
-                               static_cast<unsigned long>(band.size()), false);
-        if (read != std::uint64_t{ count } * picture_.Width())
-            throw picture_.Failure();
     }
 };
 
-class EnlargedRows : public RowSource {
+class ResampledRows : public RowSource {
   public:
-    EnlargedRows(const Picture& picture, CtFileInterface& ct, ColorSeparationType separation,
-                 RowRange rows, double resolution)
-        : RowSource(picture, ct, separation, rows),
-          askedScan_(resolution / ct.ResolutionOnXScanAxis() * ct.ResolutionOnScanAxis()),
-          askedXScan_(resolution / ct.ResolutionOnScanAxis() * ct.ResolutionOnXScanAxis()),
-          horizontal_(askedScan_ / ct.ResolutionOnScanAxis()),
-          vertical_(askedXScan_ / ct.ResolutionOnXScanAxis())
+    ResampledRows(const Picture& picture, ColorSeparationType separation, RowRange rows,
+                  double resolution)
+        : RowSource(picture, separation, rows),
+          askedScan_(resolution / object_.ResolutionOnXScanAxis() * object_.ResolutionOnScanAxis()),
+          askedXScan_(resolution / object_.ResolutionOnScanAxis() *
+                      object_.ResolutionOnXScanAxis()),
+          horizontal_(askedScan_ / object_.ResolutionOnScanAxis()),
+          vertical_(askedXScan_ / object_.ResolutionOnXScanAxis())
     {
         const double width = std::floor(horizontal_ * picture.Width() + 0.5);
         const double height = std::floor(vertical_ * picture.Height() + 0.5);
@@ -110,50 +93,59 @@ class EnlargedRows : public RowSource {
             throw UsageFailure("--resolution: the picture would be more than " +
                                std::to_string(static_cast<long>(kLongestRow)) +
                                " pixels wide or high");
-        // The library refuses what isn't an enlargement, numbers that are none included.
+        // The library refuses what a format can't do, and numbers that are none.
         buffer_.resize(width >= 1.0 ? static_cast<std::size_t>(width) : 1);
-        ReadRow(0);
-        firstRow_ = FirstRowOf(rows.first);
-        endRow_ = rows.end == picture.Height() ? static_cast<std::uint32_t>(height)
-                                               : FirstRowOf(rows.end);
+        if (!ReadRow(0))
+            throw picture_.Failure(Advice());
+        const auto wholeHeight = static_cast<std::uint32_t>(height);
+        firstRow_ = std::min(FirstRowOf(rows.first), wholeHeight);
+        endRow_ = std::min(FirstRowOf(rows.end), wholeHeight);
+        if (width < 1.0 || firstRow_ == endRow_)
+            throw UsageFailure("--resolution: no pixel of these rows is left at so low a one");
     }
 
     WrittenForm Form() const override
     {
         return { static_cast<std::uint32_t>(buffer_.size()), endRow_ - firstRow_,
-                 ct_.ResolutionOnXScanAxis() * horizontal_,
-                 ct_.ResolutionOnScanAxis() * vertical_ };
+                 object_.ResolutionOnXScanAxis() * horizontal_,
+                 object_.ResolutionOnScanAxis() * vertical_ };
     }
 
     void WriteTo(RowWriter& writer) override
     {
         Progress progress("Reading " + picture_.Path(), endRow_ - firstRow_);
         for (std::uint32_t row = firstRow_; row < endRow_; ++row) {
-            ReadRow(row);
+            if (!ReadRow(row))
+                throw RowFailure(picture_, FileRowOf(row));
             writer.Write(buffer_);
             progress.Advance(1);
         }
     }
 
   private:
-    // The first enlarged row that repeats a row of the file. The library goes from enlarged rows to
-    // the file's by a division of which it drops the fraction.
+    // The library goes from the output's rows to the file's by a division of which it drops the
+    // fraction.
+    std::uint32_t FileRowOf(std::uint32_t row) const
+    {
+        constexpr double kMost = std::numeric_limits<std::uint32_t>::max();
+        return static_cast<std::uint32_t>(std::min(row / vertical_, kMost));
+    }
+
+    // The first row of the output that comes from this row of the file or a later one.
     std::uint32_t FirstRowOf(std::uint32_t fileRow) const
     {
         auto row = static_cast<std::uint32_t>(std::floor(fileRow * vertical_));
-        while (static_cast<std::uint32_t>(row / vertical_) < fileRow)
+        while (FileRowOf(row) < fileRow)
             ++row;
         return row;
     }
 
-    void ReadRow(std::uint32_t row)
+    // A CT tells the pixels stored, other formats those of the file's row.
+    bool ReadRow(std::uint32_t row)
     {
-        const unsigned long read =
-            ct_.GetPictureRow(buffer_.data(), row, separation_, askedScan_, askedXScan_,
-                              static_cast<unsigned long>(buffer_.size()));
-        if (read == buffer_.size())
-            return;
-        throw picture_.Failure(Advice());
+        const std::size_t told = picture_.AsCt() != nullptr ? buffer_.size() : picture_.Width();
+        return object_.GetPictureRow(buffer_.data(), row, separation_, askedScan_, askedXScan_,
+                                     static_cast<unsigned long>(buffer_.size())) == told;
     }
 
     std::string Advice() const
@@ -161,13 +153,16 @@ class EnlargedRows : public RowSource {
         if (!std::isfinite(horizontal_) || !std::isfinite(vertical_) || horizontal_ <= 0.0 ||
             vertical_ <= 0.0)
             return "The header gives no size in inches: leave --resolution away.";
+        if (picture_.AsCt() == nullptr)
+            return {};
         const auto text = [](double value) {
             std::array<char, 32> digits{};
             std::snprintf(digits.data(), digits.size(), "%.10g", value);
             return std::string(digits.data());
         };
-        return "--resolution has to be at least the file's: " + text(ct_.ResolutionOnXScanAxis()) +
-               " along the width, " + text(ct_.ResolutionOnScanAxis()) + " along the height.";
+        return "--resolution has to be at least the file's: " +
+               text(object_.ResolutionOnXScanAxis()) + " along the width, " +
+               text(object_.ResolutionOnScanAxis()) + " along the height.";
     }
 
     // What the library is asked for: it takes the width's ratio from the resolution along the height,
@@ -177,25 +172,22 @@ class EnlargedRows : public RowSource {
     double horizontal_;
     double vertical_;
     std::vector<std::uint8_t> buffer_; // one row
-    std::uint32_t firstRow_ = 0;       // of the enlarged picture
+    std::uint32_t firstRow_ = 0;       // of the output's whole picture
     std::uint32_t endRow_ = 0;
 };
 
 std::unique_ptr<RowSource> SourceOf(const Picture& picture, const RowsOptions& options,
                                     ColorSeparationType separation, RowRange rows)
 {
-    CtFileInterface* const ct = picture.AsCt();
-    if (ct == nullptr)
-        throw FileFailure(options.file, "separations can be read of CT pictures only");
     // Rows at the file's own resolution are the stored ones, though its header tells it a little
     // less.
     const auto isOwn = [&](double resolution) {
-        return IsSameResolution(ct->ResolutionOnXScanAxis(), resolution) &&
-               IsSameResolution(ct->ResolutionOnScanAxis(), resolution);
+        return IsSameResolution(picture.Object().ResolutionOnXScanAxis(), resolution) &&
+               IsSameResolution(picture.Object().ResolutionOnScanAxis(), resolution);
     };
     if (options.resolution && !isOwn(*options.resolution))
-        return std::make_unique<EnlargedRows>(picture, *ct, separation, rows, *options.resolution);
-    return std::make_unique<StoredRows>(picture, *ct, separation, rows);
+        return std::make_unique<ResampledRows>(picture, separation, rows, *options.resolution);
+    return std::make_unique<StoredRows>(picture, separation, rows);
 }
 
 void Rows(const RowsOptions& options)
@@ -237,11 +229,14 @@ void AddRows(CLI::App& app)
     command.add_option("--rows", options->rows, kRowsHelp)->check(RefuseEmpty);
     command
         .add_option("--resolution", options->resolution,
-                    "Enlarge to R pixels per inch by repeating pixels; not below the file's")
+                    "Resample to R pixels per inch by repeating pixels, or for line work also by "
+                    "dropping them; a CT's can't be below the file's")
         ->check(CLI::Range(0.001, 1e6));
     AddAsOption(command, options->asFormat);
     command.footer(R"(Nothing is written when the file doesn't hold all the rows.
 --rows counts the file's own rows, with --resolution too.
+Transparent colours of line work have the value that the library gives them, which no
+other colour has: `tympan info` tells it. preview and export show them as paper.
 
 Example:
   tympan rows photo.ct --separation cyan -o cyan.tif

@@ -1,4 +1,5 @@
 // TIFF files: grey, palette, RGB and CMYK, in strips or tiles, samples together or in planes.
+#include "bit_spreader.h"
 #include "failure.h"
 #include "picture_source.h"
 #include "tiff_file.h"
@@ -8,6 +9,7 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <optional>
 #include <string>
 
 namespace tympan::tool {
@@ -38,6 +40,8 @@ struct Layout {
     bool InPlanes() const { return planarity == PLANARCONFIG_SEPARATE && samples > 1; }
     std::uint16_t Planes() const { return InPlanes() ? samples : std::uint16_t{ 1 }; }
     std::uint16_t SamplesOfPlane() const { return InPlanes() ? std::uint16_t{ 1 } : samples; }
+    bool HasPalette() const { return photometric == PHOTOMETRIC_PALETTE; }
+    bool IsOneSmallNumber() const { return samples == 1 && bits <= 8; } // each pixel
     std::uint64_t BytesFor(std::uint64_t pixels) const
     {
         return (pixels * SamplesOfPlane() * bits + 7) / 8;
@@ -238,30 +242,30 @@ std::unique_ptr<PlaneRows> MakeRows(const std::string& path, const Layout& layou
 
 // ---- from stored bytes to samples
 
-// The number in the i-th place of a row of numbers of so many bits, at most 16.
+// The number in the i-th place of a row of numbers of 8 or 16 bits.
 unsigned int StoredNumber(const std::uint8_t* row, std::size_t i, unsigned int bits)
 {
     if (bits == 8)
         return row[i];
-    if (bits == 16) {
-        std::uint16_t number = 0;
-        std::memcpy(&number, row + 2 * i, sizeof number); // libtiff gives them in our order
-        return number;
-    }
-    const std::size_t bit = i * bits;
-    return static_cast<unsigned int>(row[bit / 8]) >> (8 - bits - bit % 8) & ((1U << bits) - 1U);
+    std::uint16_t number = 0;
+    std::memcpy(&number, row + 2 * i, sizeof number); // libtiff gives them in our order
+    return number;
 }
 
 std::uint8_t ToEightBits(unsigned int number, unsigned int bits)
 {
-    return bits == 16 ? EightBits(number)
-                      : static_cast<std::uint8_t>(number * 255U / ((1U << bits) - 1U));
+    return bits == 16 ? EightBits(number) : static_cast<std::uint8_t>(number);
 }
 
-// The colours of a palette, as red, green and blue.
-using Palette = std::vector<std::array<std::uint8_t, 3>>;
+LevelScale ScaleOf(const Layout& layout)
+{
+    if (layout.HasPalette())
+        return LevelScale::Numbers;
+    return layout.photometric == PHOTOMETRIC_MINISWHITE ? LevelScale::WhiteIsZero
+                                                        : LevelScale::BlackIsZero;
+}
 
-Palette ReadPalette(TIFF* tiff, const Layout& layout)
+std::vector<Rgb> ReadPalette(TIFF* tiff, const Layout& layout)
 {
     std::array<std::uint16_t*, 3> channels{};
     if (TIFFGetField(tiff, TIFFTAG_COLORMAP, &channels[0], &channels[1], &channels[2]) != 1)
@@ -270,7 +274,7 @@ Palette ReadPalette(TIFF* tiff, const Layout& layout)
     const bool narrow = std::all_of(channels.begin(), channels.end(), [&](const auto* channel) {
         return std::all_of(channel, channel + count, [](auto value) { return value < 256; });
     }); // some programs write bytes
-    Palette palette(count);
+    std::vector<Rgb> palette(count);
     for (std::size_t i = 0; i < count; ++i)
         for (std::size_t channel = 0; channel < channels.size(); ++channel)
             palette[i][channel] = narrow ? static_cast<std::uint8_t>(channels[channel][i])
@@ -291,11 +295,13 @@ class TiffSource : public PictureSource {
         TakeResolution(tiff);
         TakeProfile(tiff);
         TakePalette(*file);
-        TellOrientation(path, Field<std::uint16_t>(tiff, TIFFTAG_ORIENTATION));
+        RemarkOnOrientation(Field<std::uint16_t>(tiff, TIFFTAG_ORIENTATION));
         if (layout_.samples > layout_.colours && layout_.transparency == Transparency::None)
-            Warn(path, "has a further channel that isn't marked as alpha; it is left out");
+            Remark("has a further channel that isn't marked as alpha; it is left out");
         if (TIFFLastDirectory(tiff) == 0)
-            Warn(path, "holds several pictures; the first is taken");
+            Remark("holds several pictures; the first is taken");
+        if (layout_.IsOneSmallNumber())
+            spreader_.emplace(layout_.bits, ScaleOf(layout_));
         for (std::uint16_t plane = 0; plane < layout_.Planes(); ++plane)
             planes_.push_back(MakeRows(path, layout_, TIFFIsTiled(tiff) != 0, plane));
         samples_.resize(std::size_t{ layout_.width } * layout_.samples);
@@ -303,7 +309,9 @@ class TiffSource : public PictureSource {
 
     void ReadRow(std::span<std::uint8_t> row) override
     {
-        if (layout_.photometric == PHOTOMETRIC_PALETTE)
+        if (spreader_)
+            return spreader_->Spread(planes_[0]->Next(), row);
+        if (layout_.HasPalette())
             return ReadColoursOfPalette(row);
         for (std::uint16_t plane = 0; plane < layout_.Planes(); ++plane)
             Unpack(planes_[plane]->Next(), plane);
@@ -315,10 +323,11 @@ class TiffSource : public PictureSource {
   private:
     static SampleKind KindOf(const Layout& layout)
     {
-        const bool colour = layout.photometric == PHOTOMETRIC_PALETTE || layout.colours == 3;
+        if (layout.HasPalette())
+            return layout.IsOneSmallNumber() ? SampleKind::Index : SampleKind::Rgb;
         if (layout.colours == 4)
             return SampleKind::CmykInk;
-        return colour ? SampleKind::Rgb : SampleKind::Grey;
+        return layout.colours == 3 ? SampleKind::Rgb : SampleKind::Grey;
     }
 
     void TakeResolution(TIFF* tiff)
@@ -342,19 +351,20 @@ class TiffSource : public PictureSource {
 
     void TakePalette(const TiffFile& file)
     {
-        if (layout_.photometric != PHOTOMETRIC_PALETTE)
+        if (!layout_.HasPalette())
             return;
-        palette_ = ReadPalette(file.Handle(), layout_);
-        if (palette_.empty())
+        form_.palette = ReadPalette(file.Handle(), layout_);
+        if (form_.palette.empty())
             file.Fail("the TIFF file's palette is missing");
     }
 
+    // Of numbers that an index has no room for, or that other samples stand beside.
     void ReadColoursOfPalette(std::span<std::uint8_t> row)
     {
         const std::uint8_t* const stored = planes_[0]->Next().data();
         for (std::size_t x = 0; x < layout_.width; ++x) {
             const std::size_t place = x * layout_.SamplesOfPlane();
-            const auto& colour = palette_[StoredNumber(stored, place, layout_.bits)];
+            const Rgb& colour = form_.palette[StoredNumber(stored, place, layout_.bits)];
             std::copy(colour.begin(), colour.end(), &row[x * colour.size()]);
         }
     }
@@ -385,7 +395,7 @@ class TiffSource : public PictureSource {
 
     std::string path_;
     Layout layout_{};
-    Palette palette_;
+    std::optional<BitSpreader> spreader_; // for one small number each pixel
     std::vector<std::unique_ptr<PlaneRows>> planes_;
     std::vector<std::uint8_t> samples_; // a row, all samples of a pixel together
 };

@@ -1,6 +1,7 @@
 // `tympan export`: the TIFF that a CT picture becomes, and what ends an export.
 #include "tools/command_runner.h"
 #include "tools/ct_pictures.h"
+#include "tools/lw_pictures.h"
 #include "tools/source_pictures.h"
 
 #include <gmock/gmock.h>
@@ -29,6 +30,23 @@ class Export : public testing::Test {
     std::string tiff_ = folder_ / "out.tif";
 };
 
+// Whether the samples are the picture's, as ink where there are four.
+void ExpectSamples(TiffPicture tiff, const CtPicture& picture)
+{
+    ASSERT_EQ(tiff.samples.width, picture.width);
+    ASSERT_EQ(tiff.samples.height, picture.height);
+    ASSERT_EQ(tiff.samples.perPixel, picture.separations);
+    std::size_t wrong = 0;
+    for (std::uint32_t y = 0; y < picture.height; ++y)
+        for (std::uint32_t x = 0; x < picture.width; ++x)
+            for (std::uint32_t i = 0; i < picture.separations; ++i) {
+                const int byte = picture.At(x, y, i);
+                const int expected = picture.separations == 4 ? 255 - byte : byte;
+                wrong += tiff.samples.At(x, y, i) != expected ? 1U : 0U;
+            }
+    EXPECT_EQ(wrong, 0U);
+}
+
 struct ExportCase {
     const char* name;
     std::uint32_t width, height, separations;
@@ -42,23 +60,24 @@ const ExportCase kPictures[] = {
 TEST_F(Export, WritesInkForFourSeparationsAndGreyForOne)
 {
     for (const ExportCase& one : kPictures) {
+        SCOPED_TRACE(one.name);
         CtPicture ct = RandomCt(one.width, one.height, one.separations);
         ct.resolutionX = ct.resolutionY = 10.0;
         const Outcome outcome = Run(ct.File());
-        ASSERT_EQ(outcome.status, 0) << one.name << ": " << outcome.err;
-        TiffPicture tiff = ReadTiff(tiff_);
-        ASSERT_EQ(tiff.samples.width, one.width) << one.name;
-        ASSERT_EQ(tiff.samples.height, one.height) << one.name;
-        ASSERT_EQ(tiff.samples.perPixel, one.separations) << one.name;
-        std::size_t wrong = 0;
-        for (std::uint32_t y = 0; y < one.height; ++y)
-            for (std::uint32_t x = 0; x < one.width; ++x)
-                for (std::uint32_t i = 0; i < one.separations; ++i) {
-                    const int byte = ct.At(x, y, i);
-                    const int expected = one.separations == 4 ? 255 - byte : byte;
-                    wrong += tiff.samples.At(x, y, i) != expected ? 1U : 0U;
-                }
-        EXPECT_EQ(wrong, 0U) << one.name;
+        ASSERT_EQ(outcome.status, 0) << outcome.err;
+        ExpectSamples(ReadTiff(tiff_), ct);
+    }
+}
+
+TEST_F(Export, LineWorkIsOnPaper)
+{
+    for (const ExportCase& one : kPictures) {
+        SCOPED_TRACE(one.name);
+        LwPicture picture = RandomLw(one.width, one.height);
+        picture.mask = one.separations == 4 ? 15 : 1;
+        const Outcome outcome = Run(std::string(AsText(picture.Bytes())));
+        ASSERT_EQ(outcome.status, 0) << outcome.err;
+        ExpectSamples(ReadTiff(tiff_), PlatesOf(OnPaper(picture)));
     }
 }
 

@@ -1,6 +1,7 @@
 // What all subcommands have in common: exit statuses, messages, and outputs that are whole or none.
 #include "tools/command_runner.h"
 #include "tools/ct_pictures.h"
+#include "tools/lw_pictures.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -93,7 +94,8 @@ TEST(Frame, StatusIsTheRightOne)
 TEST(Frame, HelpShowsExamplesAndVersion)
 {
     EXPECT_THAT(RunCommand({ "--help" }).out, HasSubstr("tympan import photo.jpg -o photo.ct"));
-    for (const char* const subcommand : { "info", "preview", "rows", "import", "export" })
+    for (const char* const subcommand :
+         { "info", "preview", "rows", "import", "export", "crop", "stream" })
         EXPECT_THAT(RunCommand({ subcommand, "--help" }).out,
                     HasSubstr("tympan " + std::string(subcommand) + " "));
     EXPECT_THAT(RunCommand({ "--version" }).out, testing::MatchesRegex("tympan [0-9.]+\n"));
@@ -201,6 +203,17 @@ TEST(Frame, EndingSignalsLeaveNothingBehind)
         EXPECT_EQ(running.Wait().status, -signal);
         EXPECT_EQ(folder.Entries(), 1U);
     }
+}
+
+TEST(Frame, EndingSignalsLeaveNeitherOfTwoOutputs)
+{
+    const LwFolder folder(RandomLw(2000, 500));
+    RunningCommand running({ "stream", folder / "a.lw", "-o", folder / "runs", "--separation", "0",
+                             "--offsets", folder / "offsets", "--copies", "1000" });
+    ASSERT_TRUE(WaitForEntries(folder, 3)) << "no output was begun";
+    running.Signal(SIGTERM);
+    EXPECT_EQ(running.Wait().status, -SIGTERM);
+    EXPECT_EQ(folder.Entries(), 1U);
 }
 
 TEST(Frame, KilledRunLeavesNoOutputOfThatName)

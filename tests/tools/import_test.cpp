@@ -616,7 +616,7 @@ TEST_F(Import, KnowsWrongUsage)
     WritePng(source_, Rgb(), { kRgbPng });
     const UsageCase cases[] = {
         { "no output", { source_ }, "--output" },
-        { "an ending that isn't written", { source_, "-o", folder_ / "out.lw" }, ".ct" },
+        { "an ending that isn't written", { source_, "-o", folder_ / "out.tif" }, ".ct, .lw" },
         { "no ending", { source_, "-o", folder_ / "out" }, ".ct" },
         { "a resolution of 0", { source_, "-o", ct_, "--resolution", "0" }, "--resolution" },
         { "no number", { source_, "-o", ct_, "--resolution", "nan" }, "--resolution" },

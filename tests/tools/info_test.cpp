@@ -1,6 +1,7 @@
 // `tympan info`: what it tells of good and bad files, as text and as JSON.
 #include "tools/command_runner.h"
 #include "tools/ct_pictures.h"
+#include "tools/lw_pictures.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -24,9 +25,10 @@ std::vector<std::string> KeysOf(const ordered_json& object)
 }
 
 // The one object of `info --json FILE`.
-ordered_json InfoOf(const std::string& file, int status)
+ordered_json InfoOf(const std::string& file, int status, std::vector<std::string> options = {})
 {
-    const Outcome outcome = RunCommand({ "info", "--json", file });
+    options.insert(options.begin(), { "info", "--json", file });
+    const Outcome outcome = RunCommand(options);
     EXPECT_EQ(outcome.status, status) << outcome.err;
     const auto array = ordered_json::parse(outcome.out);
     EXPECT_EQ(array.size(), 1U);
@@ -54,8 +56,48 @@ TEST(Info, JsonOfAPictureHasEveryKey)
         { "bits_per_sample", 8 },
         { "row_size", 301 },
         { "nlw", false },
+        { "colors", nullptr },
+        { "transparent_colors", nullptr },
     };
     EXPECT_EQ(InfoOf(folder / "a.ct", 0).dump(), expected.dump());
+    const ordered_json runs = InfoOf(folder / "a.ct", 0, { "--runs" });
+    EXPECT_TRUE(runs.at("runs").is_null() && runs.at("mean_run").is_null());
+}
+
+TEST(Info, LineWorkHasColoursAndRuns)
+{
+    LwPicture picture{ .width = 6, .height = 3, .colours = std::vector<LwColour>(255) };
+    for (std::size_t i = 0; i < picture.colours.size(); ++i)
+        picture.colours[i].inks[3] = static_cast<unsigned char>(i); // so that none is free
+    picture.colours[0] = { { 0, 1, 255, 0 }, 0xB0 };
+    picture.rows = { { { 1, 6 } }, { { 1, 2 }, { 2, 4 } }, { { 1, 3 }, { 3, 0 }, { 4, 3 } } };
+    const LwFolder folder(picture);
+    const ordered_json info = InfoOf(folder / "a.lw", 0, { "--runs" });
+    EXPECT_EQ(info.at("format"), "LW");
+    EXPECT_EQ(info.at("file_type"), "LW");
+    EXPECT_EQ(info.at("row_size"), 6);
+    EXPECT_EQ(info.at("colors"), 255);
+    EXPECT_EQ(
+        info.at("transparent_colors"),
+        ordered_json({ { "cyan", 1 }, { "magenta", 0 }, { "yellow", 0 }, { "black", nullptr } }));
+    EXPECT_EQ(info.at("runs"), 6);
+    EXPECT_EQ(info.at("mean_run"), 3.0);
+    EXPECT_FALSE(InfoOf(folder / "a.lw", 0).contains("runs"));
+    const Outcome text = RunCommand({ "info", "--runs", folder / "a.lw" });
+    for (const char* const part :
+         { "Colours       255\n", "Transparent   cyan 1, magenta 0, yellow 0, black none\n",
+           "Runs          6, of 3 pixels in the mean\n" })
+        EXPECT_THAT(text.out, HasSubstr(part));
+}
+
+TEST(Info, RunsOfACutLastRowCannotBeCounted)
+{
+    const LwFolder folder(RandomLw(50, 2), 5);
+    EXPECT_EQ(InfoOf(folder / "a.lw", 0).at("width"), 50);
+    const ordered_json info = InfoOf(folder / "a.lw", 1, { "--runs" });
+    EXPECT_TRUE(info.at("runs").is_null());
+    EXPECT_EQ(info.at("code"), 90001);
+    EXPECT_THAT(info.at("error"), HasSubstr("last row"));
 }
 
 TEST(Info, JsonTellsTypeFlagAndOneSeparation)
@@ -96,9 +138,11 @@ TEST(Info, TellsErrorAndCodeOfABadFile)
     const std::vector<std::string> refused{ "file", "format", "error", "code" };
     const std::vector<std::string> unknown{ "file", "error", "code" };
     const std::vector<std::string> all{
-        "file",      "format",     "file_type",    "width",        "height",      "width_in",
-        "height_in", "resolution", "resolution_x", "resolution_y", "separations", "bits_per_sample",
-        "row_size",  "nlw",        "error",        "code"
+        "file",         "format",       "file_type",   "width",
+        "height",       "width_in",     "height_in",   "resolution",
+        "resolution_x", "resolution_y", "separations", "bits_per_sample",
+        "row_size",     "nlw",          "colors",      "transparent_colors",
+        "error",        "code"
     };
     struct {
         const char* name;

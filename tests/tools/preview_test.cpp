@@ -1,6 +1,7 @@
 // `tympan preview`: its pixels against the library's rule for one pixel, its memory, its refusals.
 #include "tools/command_runner.h"
 #include "tools/ct_pictures.h"
+#include "tools/lw_pictures.h"
 #include "tools/png_pictures.h"
 
 #include <gmock/gmock.h>
@@ -20,16 +21,21 @@ using testing::HasSubstr;
 using Pixel = std::vector<std::uint8_t>;
 using PixelOf = std::function<Pixel(std::uint32_t column, std::uint32_t row)>;
 
-// A preview of a picture, made by the command with more options.
-PngPicture PreviewOf(const CtPicture& picture, std::vector<std::string> options)
+// A preview of the picture of a folder, made by the command with more options.
+PngPicture PreviewIn(const TemporaryFolder& folder, const char* file,
+                     std::vector<std::string> options)
 {
-    const CtFolder folder(picture);
-    options.insert(options.begin(), { "preview", folder / "a.ct", "-o", folder / "a.png" });
+    options.insert(options.begin(), { "preview", folder / file, "-o", folder / "a.png" });
     const Outcome outcome = RunCommand(options);
     EXPECT_EQ(outcome.status, 0) << outcome.err;
     EXPECT_EQ(outcome.err, "");
     EXPECT_EQ(folder.Entries(), 2U);
     return ReadPng(folder / "a.png");
+}
+
+PngPicture PreviewOf(const CtPicture& picture, const std::vector<std::string>& options)
+{
+    return PreviewIn(CtFolder(picture), "a.ct", options);
 }
 
 void ExpectPixels(const PngPicture& png, std::uint32_t width, std::uint32_t height,
@@ -86,14 +92,14 @@ TEST(Preview, RowsAreCutOut)
 }
 
 // The mean of the pixels of a box, rounded half up.
-Pixel MeanOf(const CtPicture& picture, std::uint32_t left, std::uint32_t right, std::uint32_t top,
+Pixel MeanOf(const PixelOf& pixel, std::uint32_t left, std::uint32_t right, std::uint32_t top,
              std::uint32_t bottom)
 {
     std::array<unsigned int, 3> sums{};
     for (std::uint32_t row = top; row < bottom; ++row)
         for (std::uint32_t column = left; column < right; ++column)
             for (std::size_t channel = 0; channel < 3; ++channel)
-                sums[channel] += picture.Colour(column, row)[channel];
+                sums[channel] += pixel(column, row)[channel];
     const unsigned int count = (right - left) * (bottom - top);
     Pixel mean;
     for (const unsigned int sum : sums)
@@ -120,11 +126,40 @@ TEST(Preview, FitAveragesBoxesThatShareThePictureOut)
         const CtPicture picture = RandomCt(one.width, one.height);
         const PngPicture png = PreviewOf(picture, { "--fit", one.longest });
         ExpectPixels(png, one.fitWidth, one.fitHeight, [&](auto column, auto row) {
-            return MeanOf(picture, column * one.width / one.fitWidth,
+            const auto pixel = [&](auto x, auto y) { return picture.Colour(x, y); };
+            return MeanOf(pixel, column * one.width / one.fitWidth,
                           (column + 1) * one.width / one.fitWidth, row * one.height / one.fitHeight,
                           (row + 1) * one.height / one.fitHeight);
         });
     }
+}
+
+TEST(Preview, LineWorkLooksAsItsPlatesOnPaper)
+{
+    for (const auto& [width, height, separations] : kSizes) {
+        SCOPED_TRACE(width);
+        LwPicture picture = RandomLw(width, height);
+        picture.mask = separations == 4 ? 15 : 1;
+        const CtPicture plates = PlatesOf(OnPaper(picture));
+        const LwFolder folder(picture);
+        ExpectPixels(PreviewIn(folder, "a.lw", {}), width, height,
+                     [&](auto column, auto row) { return plates.Colour(column, row); });
+    }
+}
+
+TEST(Preview, LineWorkIsCutFittedAndShownByPlates)
+{
+    const LwPicture picture = RandomLw(101, 53);
+    const CtPicture plates = PlatesOf(OnPaper(picture));
+    const LwFolder folder(picture);
+    ExpectPixels(PreviewIn(folder, "a.lw", { "--fit", "17" }), 17, 9, [&](auto column, auto row) {
+        return MeanOf([&](auto x, auto y) { return plates.Colour(x, y); }, column * 101 / 17,
+                      (column + 1) * 101 / 17, row * 53 / 9, (row + 1) * 53 / 9);
+    });
+    ExpectPixels(PreviewIn(folder, "a.lw", { "--rows", "50:53", "--separation", "black" }), 101, 3,
+                 [&](auto column, auto row) { return plates.Tint(column, row + 50, 3); });
+    ExpectPixels(PreviewIn(folder, "a.lw", { "--separation", "0", "--gray" }), 101, 53,
+                 [&](auto column, auto row) { return Pixel{ plates.At(column, row, 0) }; });
 }
 
 TEST(Preview, ResolutionFollowsTheReduction)

@@ -1,6 +1,7 @@
 // `tympan rows`: one separation in each kind of file, as stored and enlarged.
 #include "tools/command_runner.h"
 #include "tools/ct_pictures.h"
+#include "tools/lw_pictures.h"
 #include "tools/png_pictures.h"
 #include "tools/source_pictures.h"
 
@@ -19,15 +20,20 @@ using namespace tympan::test;
 using testing::HasSubstr;
 
 // The bytes of the rows that a command with these options writes to a file of this ending.
-std::string RowsOf(const CtPicture& picture, const std::string& ending,
+std::string RowsIn(const TemporaryFolder& folder, const char* file, const std::string& ending,
                    std::vector<std::string> options)
 {
-    const CtFolder folder(picture);
-    options.insert(options.begin(), { "rows", folder / "a.ct", "-o", folder / ("rows" + ending) });
+    options.insert(options.begin(), { "rows", folder / file, "-o", folder / ("rows" + ending) });
     const Outcome outcome = RunCommand(options);
     EXPECT_EQ(outcome.status, 0) << outcome.err;
     EXPECT_EQ(outcome.err, "");
     return ReadFile(folder / ("rows" + ending));
+}
+
+std::string RowsOf(const CtPicture& picture, const std::string& ending,
+                   const std::vector<std::string>& options)
+{
+    return RowsIn(CtFolder(picture), "a.ct", ending, options);
 }
 
 std::string StoredRows(const CtPicture& picture, std::uint32_t plate, std::uint32_t first,
@@ -53,6 +59,54 @@ TEST(Rows, MoreThanOneBandOfRowsIsWhole)
 {
     const CtPicture picture = RandomCt(5001, 900, 1);
     EXPECT_EQ(RowsOf(picture, ".raw", { "--separation", "cyan" }), StoredRows(picture, 0, 0, 900));
+}
+
+TEST(Rows, LineWorkKeepsTheLibrarysValues)
+{
+    for (const std::uint32_t height : { 20U, 900U }) { // the last is more than one band
+        const LwPicture picture = RandomLw(5001, height);
+        const LwFolder folder(picture);
+        for (std::uint32_t plate = 0; plate < 4; ++plate)
+            EXPECT_EQ(RowsIn(folder, "a.lw", ".raw",
+                             { "--separation", std::to_string(plate), "--rows", "3:" }),
+                      StoredRows(PlatesOf(AsLoaded(picture)), plate, 3, height));
+    }
+}
+
+TEST(Rows, LineWorkIsEnlargedAndReduced)
+{
+    const LwPicture picture = RandomLw(33, 20); // at 100 to the inch
+    const CtPicture plates = PlatesOf(AsLoaded(picture));
+    const LwFolder folder(picture);
+    struct {
+        const char* resolution;
+        std::uint32_t width, height;
+    } const cases[] = { { "100", 33, 20 }, { "400", 132, 80 }, { "50", 17, 10 }, { "25", 8, 5 } };
+    for (const auto& one : cases) {
+        std::string expected =
+            "P5\n" + std::to_string(one.width) + " " + std::to_string(one.height) + "\n255\n";
+        const double ratio = std::stod(one.resolution) / 100.0;
+        for (std::uint32_t row = 0; row < one.height; ++row)
+            for (std::uint32_t column = 0; column < one.width; ++column)
+                expected +=
+                    static_cast<char>(plates.At(static_cast<std::uint32_t>(column / ratio),
+                                                static_cast<std::uint32_t>(row / ratio), 2));
+        EXPECT_EQ(RowsIn(folder, "a.lw", ".pgm",
+                         { "--separation", "yellow", "--resolution", one.resolution }),
+                  expected)
+            << one.resolution;
+    }
+    EXPECT_EQ(RowsIn(folder, "a.lw", ".raw",
+                     { "--separation", "2", "--resolution", "50", "--rows", "4:9" })
+                  .size(),
+              3U * 17U); // rows 4, 6 and 8
+    for (const char* const rows : { "3:4", "0:" }) {
+        const Outcome none =
+            RunCommand({ "rows", folder / "a.lw", "-o", folder / "none.raw", "--separation", "2",
+                         "--rows", rows, "--resolution", *rows == '3' ? "50" : "1" });
+        EXPECT_EQ(none.status, 2);
+        EXPECT_THAT(none.err, HasSubstr("no pixel"));
+    }
 }
 
 TEST(Rows, PgmFile)

@@ -1,0 +1,371 @@
+// `tympan import` to an LW file: the pixels of each kind of picture come back out of the file's bytes.
+#include "tools/command_runner.h"
+#include "tools/source_pictures.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+#include <png.h>
+
+#include <algorithm>
+#include <array>
+#include <functional>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace tympan::test {
+namespace {
+
+using testing::HasSubstr;
+
+constexpr int kGreyPng = PNG_COLOR_TYPE_GRAY, kRgbPng = PNG_COLOR_TYPE_RGB;
+constexpr int kPalettePng = PNG_COLOR_TYPE_PALETTE;
+constexpr std::uint32_t kHeight = 11;
+
+using Plates = std::array<int, 4>; // of a pixel, 255 for no ink
+
+int ByteAt(const std::string& bytes, std::size_t place)
+{
+    return static_cast<unsigned char>(bytes.at(place));
+}
+
+Plates PlatesAt(const std::string& bytes, std::size_t place)
+{
+    return { ByteAt(bytes, place), ByteAt(bytes, place + 1), ByteAt(bytes, place + 2),
+             ByteAt(bytes, place + 3) };
+}
+
+/// The pixels of an LW file, by the places of its bytes. Fails the test where a row isn't sound.
+std::vector<Plates> PixelsOfLw(const std::string& bytes, std::size_t width)
+{
+    std::vector<Plates> pixels;
+    const auto colours = static_cast<std::size_t>(ByteAt(bytes, 1080));
+    std::size_t place = 2048 + 18 * colours;
+    for (std::uint32_t row = 0; row < kHeight; ++row) {
+        EXPECT_EQ(bytes.substr(place, 2), std::string(2, '\0')) << row;
+        for (place += 2; ByteAt(bytes, place + 1) != 0; place += 2) {
+            const auto index = static_cast<std::size_t>(ByteAt(bytes, place));
+            EXPECT_TRUE(index >= 1 && index <= colours) << row;
+            pixels.insert(pixels.end(), static_cast<std::size_t>(ByteAt(bytes, place + 1)),
+                          PlatesAt(bytes, 2048 + 18 * (index - 1) + 2));
+        }
+        EXPECT_EQ(bytes.substr(place, 2), std::string(2, '\0')) << row;
+        EXPECT_EQ(pixels.size(), (row + 1) * width) << row;
+        place += 2;
+    }
+    EXPECT_EQ(place, bytes.size());
+    return pixels;
+}
+
+std::vector<Plates> PixelsOfCt(const std::string& bytes, std::size_t width)
+{
+    std::vector<Plates> pixels;
+    for (std::size_t row = 0; row < kHeight; ++row)
+        for (std::size_t x = 0; x < width; ++x) {
+            Plates plates{};
+            for (std::size_t i = 0; i < plates.size(); ++i)
+                plates[i] = ByteAt(bytes, 2048 + (row * 4 + i) * (width + width % 2) + x);
+            pixels.push_back(plates);
+        }
+    return pixels;
+}
+
+/// Stretches of numbers below `count`, of up to `longest` pixels; each number at least once, where
+/// there is room.
+Samples Stretches(std::uint32_t width, unsigned int count, unsigned int longest)
+{
+    std::mt19937 random(width + count);
+    Samples samples{ width, kHeight, 1, {} };
+    for (unsigned int number = 0; number < count; ++number)
+        samples.numbers.push_back(static_cast<std::uint16_t>(number));
+    const std::size_t size = std::size_t{ width } * kHeight;
+    while (samples.numbers.size() < size)
+        samples.numbers.insert(samples.numbers.end(), 1 + random() % longest,
+                               static_cast<std::uint16_t>(random() % count));
+    samples.numbers.resize(size);
+    return samples;
+}
+
+Samples Changed(Samples samples, const std::function<unsigned int(unsigned int)>& change)
+{
+    for (std::uint16_t& number : samples.numbers)
+        number = static_cast<std::uint16_t>(change(number));
+    return samples;
+}
+
+// Flat black is the first one.
+std::vector<std::uint32_t> Palette(std::size_t count)
+{
+    std::vector<std::uint32_t> colours;
+    for (std::uint32_t i = 0; i < count; ++i)
+        colours.push_back(i * 0x10305U & 0xFFFFFFU);
+    return colours;
+}
+
+Samples InRgb(const Samples& indexes, const std::vector<std::uint32_t>& palette)
+{
+    Samples rgb{ indexes.width, indexes.height, 3, {} };
+    for (const std::uint16_t index : indexes.numbers)
+        for (const unsigned int shift : { 16U, 8U, 0U })
+            rgb.numbers.push_back(static_cast<std::uint16_t>(palette[index] >> shift & 255U));
+    return rgb;
+}
+
+using Maker = std::function<void(const std::string& path)>;
+
+Maker Png(const Samples& samples, const PngForm& form)
+{
+    return [=](const std::string& path) { WritePng(path, samples, form); };
+}
+Maker Tiff(const Samples& samples, const TiffForm& form)
+{
+    return [=](const std::string& path) { WriteTiff(path, samples, form); };
+}
+
+struct KindCase {
+    const char* name;
+    Maker make;
+};
+
+class ImportLw : public testing::Test {
+  protected:
+    Outcome Run(const Maker& make, const std::string& output,
+                const std::vector<std::string>& options = { "--resolution", "10" })
+    {
+        make(source_);
+        std::vector<std::string> arguments{ "import", source_, "-o", output };
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        return RunCommand(arguments);
+    }
+
+    std::vector<Plates> Imported(const char* name, const Maker& make, std::size_t width,
+                                 const std::string& told = "")
+    {
+        const Outcome outcome = Run(make, lw_);
+        EXPECT_EQ(outcome.status, 0) << name << ": " << outcome.err;
+        EXPECT_EQ(outcome.err.empty(), told.empty()) << name << ": " << outcome.err;
+        EXPECT_THAT(outcome.err, HasSubstr(told)) << name;
+        return outcome.status == 0 ? PixelsOfLw(ReadFile(lw_), width) : std::vector<Plates>{};
+    }
+
+    TemporaryFolder folder_;
+    std::string source_ = folder_ / "picture";
+    std::string lw_ = folder_ / "a name.lw";
+    std::string ct_ = folder_ / "out.ct";
+};
+
+TEST_F(ImportLw, TakesGreysAsTheyAreBut64)
+{
+    constexpr std::uint32_t kWidth = 1001;
+    const Samples grey = Stretches(kWidth, 256, 70);
+    const auto times = [](unsigned int number) { return number * 257U; };
+    const auto from = [](unsigned int number) { return 255U - number; };
+    const KindCase cases[] = {
+        { "PNG", Png(grey, { kGreyPng }) },
+        { "PNG, interlaced", Png(grey, { .as = kGreyPng, .interlaced = true }) },
+        { "PNG of 16 bits", Png(Changed(grey, times), { .as = kGreyPng, .bits = 16 }) },
+        { "TIFF", Tiff(grey, { kBlackIsZero }) },
+        { "TIFF in tiles, white as 0",
+          Tiff(Changed(grey, from), { .as = kWhiteIsZero, .packed = kLzw, .tiled = true }) },
+    };
+    std::vector<Plates> expected;
+    for (const std::uint16_t number : grey.numbers)
+        expected.push_back({ 255, 255, 255, number == 64 ? 63 : number });
+    const auto of64 = std::count(grey.numbers.begin(), grey.numbers.end(), 64);
+    for (const KindCase& one : cases)
+        EXPECT_EQ(
+            Imported(one.name, one.make, kWidth, std::to_string(of64) + " pixels of the value 64"),
+            expected)
+            << one.name;
+}
+
+TEST_F(ImportLw, TakesFewBitsOfAnyWidth)
+{
+    for (const std::uint32_t width : { 1U, 2U, 7U, 8U, 9U, 255U, 256U, 3001U })
+        for (const unsigned int bits : { 1U, 2U, 4U }) {
+            const unsigned int most = (1U << bits) - 1U;
+            const Samples levels = Stretches(width, most + 1, 600);
+            const Samples fromWhite =
+                Changed(levels, [=](unsigned int level) { return most - level; });
+            std::vector<Plates> expected;
+            for (const std::uint16_t level : levels.numbers)
+                expected.push_back({ 255, 255, 255, static_cast<int>(level * 255U / most) });
+            const int count = static_cast<int>(bits);
+            std::vector<KindCase> cases{
+                { "PNG", Png(levels, { .as = kGreyPng, .bits = count }) },
+                { "PNG, interlaced",
+                  Png(levels, { .as = kGreyPng, .bits = count, .interlaced = true }) },
+                { "TIFF", Tiff(levels, { .as = kBlackIsZero, .bits = count }) },
+                { "TIFF, white as 0", Tiff(fromWhite, { .as = kWhiteIsZero, .bits = count }) },
+            };
+            if (bits == 1)
+                cases.push_back(
+                    { "TIFF as a fax",
+                      Tiff(fromWhite, { .as = kWhiteIsZero, .bits = 1, .packed = kFaxG4 }) });
+            for (const KindCase& one : cases)
+                EXPECT_EQ(Imported(one.name, one.make, width), expected)
+                    << one.name << " of " << bits << " bits, " << width << " pixels wide";
+        }
+}
+
+// The plates are those of the same file as CT, but for flat black.
+TEST_F(ImportLw, GivesColoursTheInksOfACtFile)
+{
+    const auto palette = Palette(16);
+    const auto many = Palette(255);
+    const Samples numbers = Stretches(47, 16, 30);
+    const Samples bits = Stretches(61, 2, 9);
+    const Samples ofMany = Stretches(333, 255, 30);
+    struct ColourCase {
+        const char* name;
+        Maker make;
+        const Samples& numbers;
+        std::size_t used;
+    };
+    const ColourCase cases[] = {
+        { "PNG", Png(numbers, { .as = kPalettePng, .palette = palette }), numbers, 16 },
+        { "PNG of 4 bits, interlaced",
+          Png(numbers, { .as = kPalettePng, .bits = 4, .interlaced = true, .palette = palette }),
+          numbers, 16 },
+        { "PNG of 1 bit", Png(bits, { .as = kPalettePng, .bits = 1, .palette = { 0, 0x30F030 } }),
+          bits, 2 },
+        { "PNG with transparent colours",
+          Png(numbers, { .as = kPalettePng, .palette = palette, .alphas = { 255, 0, 128 } }),
+          numbers, 16 },
+        { "PNG of 255 colours", Png(ofMany, { .as = kPalettePng, .palette = many }), ofMany, 255 },
+        { "PNG in RGB", Png(InRgb(ofMany, many), { kRgbPng }), ofMany, 255 },
+        { "TIFF", Tiff(numbers, { .as = kPalette, .palette = palette }), numbers, 16 },
+        { "TIFF of 4 bits in tiles",
+          Tiff(numbers, { .as = kPalette, .bits = 4, .tiled = true, .palette = palette }), numbers,
+          16 },
+        { "TIFF of 16 bits", Tiff(numbers, { .as = kPalette, .bits = 16, .palette = palette }),
+          numbers, 16 },
+    };
+    for (const ColourCase& one : cases) {
+        ASSERT_EQ(Run(one.make, ct_).status, 0) << one.name;
+        std::vector<Plates> expected = PixelsOfCt(ReadFile(ct_), one.numbers.width);
+        for (std::size_t i = 0; i < expected.size(); ++i)
+            if (one.numbers.numbers[i] == 0)
+                expected[i] = { 255, 255, 255, 0 };
+        EXPECT_EQ(Imported(one.name, one.make, one.numbers.width), expected) << one.name;
+        EXPECT_EQ(ByteAt(ReadFile(lw_), 1080), static_cast<int>(one.used)) << one.name;
+    }
+}
+
+TEST_F(ImportLw, WritesAHeaderThatTellsThePicture)
+{
+    struct HeaderCase {
+        const char* name;
+        Maker make;
+        std::size_t separations;
+        double resolution;
+        std::vector<std::string> options;
+    };
+    const Samples numbers = Stretches(99, 4, 9);
+    const HeaderCase cases[] = {
+        { "bilevel",
+          Tiff(Stretches(99, 2, 9),
+               { .as = kWhiteIsZero, .bits = 1, .unit = 2, .x = 40.0F, .y = 40.0F }),
+          1,
+          40.0,
+          {} },
+        { "palette",
+          Png(numbers, { .as = kPalettePng, .palette = Palette(4) }),
+          4,
+          20.0,
+          { "--resolution", "20" } },
+    };
+    for (const HeaderCase& one : cases) {
+        const Outcome outcome = Run(one.make, lw_, one.options);
+        ASSERT_EQ(outcome.status, 0) << one.name << outcome.err;
+        const auto info = nlohmann::json::parse(RunCommand({ "info", "--json", lw_ }).out).at(0);
+        EXPECT_EQ(info.at("format"), "LW") << one.name;
+        EXPECT_EQ(info.at("file_type"), "LW") << one.name;
+        EXPECT_EQ(info.at("width"), 99) << one.name;
+        EXPECT_EQ(info.at("height"), kHeight) << one.name;
+        EXPECT_NEAR(info.at("resolution"), one.resolution, 0.001) << one.name;
+        EXPECT_EQ(info.at("separations").size(), one.separations) << one.name;
+        EXPECT_EQ(info.at("separations").back(), "black") << one.name;
+        EXPECT_EQ(ReadFile(lw_).substr(1, 7), std::string("a name\0", 7)) << one.name;
+    }
+}
+
+TEST_F(ImportLw, TellsOnceWhatItDoesNotDo)
+{
+    const Samples numbers = Stretches(99, 4, 9);
+    struct WarningCase {
+        const char* name;
+        Maker make;
+        std::vector<std::string> options;
+        std::string text;
+    };
+    const WarningCase cases[] = {
+        { "a profile for greys",
+          Png(numbers, { kGreyPng }),
+          { "--profile", "x.icc", "--resolution", "10" },
+          "no effect" },
+        { "a turned palette picture, which is read twice",
+          Tiff(numbers, { .as = kPalette, .orientation = 3, .palette = Palette(4) }),
+          { "--resolution", "10" },
+          "orientation 3" },
+    };
+    for (const WarningCase& one : cases) {
+        const Outcome outcome = Run(one.make, lw_, one.options);
+        EXPECT_EQ(outcome.status, 0) << one.name << ": " << outcome.err;
+        const std::size_t place = outcome.err.find(one.text);
+        ASSERT_NE(place, std::string::npos) << one.name;
+        EXPECT_EQ(outcome.err.find(one.text, place + 1), std::string::npos) << one.name;
+    }
+}
+
+TEST_F(ImportLw, RefusesWhatAnLwFileCanNotHold)
+{
+    const auto palette = Palette(256);
+    const Samples numbers = Stretches(333, 256, 30);
+    Samples ink{ 30, 30, 4, std::vector<std::uint16_t>(3600) };
+    struct RefusalCase {
+        const char* name;
+        Maker make;
+        const char* resolution;
+        const char* text;
+    };
+    const RefusalCase cases[] = {
+        { "256 colours of a palette", Png(numbers, { .as = kPalettePng, .palette = palette }), "10",
+          "more than 255 colours" },
+        { "256 colours in RGB", Png(InRgb(numbers, palette), { kRgbPng }), "10",
+          "more than 255 colours" },
+        { "CMYK", Tiff(ink, { kSeparated }), "10", ".ct" },
+        { "too small at its resolution", Png(numbers, { kGreyPng }), "1000", "--resolution" },
+    };
+    for (const RefusalCase& one : cases) {
+        const Outcome outcome = Run(one.make, lw_, { "--resolution", one.resolution });
+        EXPECT_EQ(outcome.status, 1) << one.name;
+        EXPECT_THAT(outcome.err, HasSubstr(source_)) << one.name;
+        EXPECT_THAT(outcome.err, HasSubstr(one.text)) << one.name;
+        EXPECT_EQ(folder_.Entries(), 1U) << one.name << " left something";
+    }
+}
+
+TEST_F(ImportLw, EndsWhenThePictureIsCutShort)
+{
+    const Samples numbers = Stretches(3000, 200, 3);
+    const KindCase cases[] = {
+        { "palette", Png(numbers, { .as = kPalettePng, .palette = Palette(200) }) },
+        { "grey", Tiff(numbers, { kBlackIsZero }) },
+    };
+    for (const KindCase& one : cases) {
+        one.make(source_);
+        const std::string whole = ReadFile(source_);
+        for (const std::size_t tenth : { 1U, 5U, 9U }) {
+            const std::string part = whole.substr(0, whole.size() * tenth / 10);
+            const Outcome outcome =
+                Run([&](const std::string& path) { WriteFile(path, part); }, lw_);
+            EXPECT_EQ(outcome.status, 1) << one.name << " cut at " << tenth << "/10";
+            EXPECT_EQ(folder_.Entries(), 1U) << one.name << " left something";
+        }
+    }
+}
+
+} // namespace
+} // namespace tympan::test

@@ -1,0 +1,76 @@
+#include "separation_bands.h"
+
+#include "separations.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace tympan::tool {
+
+namespace {
+
+constexpr std::size_t kBandBytes = 4U << 20U;
+
+// Whether the rows were read. They stand one behind the other in `bytes`.
+bool Read(const Picture& picture, RowRange rows, ColorSeparationType separation,
+          std::span<std::uint8_t> bytes)
+{
+    unsigned int rowsInfo = 0;
+    const unsigned long read =
+        picture.Rows().GetPictureRows(bytes.data(), rows.first, rows.end, rowsInfo, nullptr,
+                                      separation, static_cast<unsigned long>(bytes.size()), false);
+    return read == std::uint64_t{ rows.Count() } * picture.Width();
+}
+
+} // namespace
+
+SeparationBands::SeparationBands(const Picture& picture,
+                                 std::vector<ColorSeparationType> separations, RowRange rows)
+    : picture_(picture), separations_(std::move(separations)), rows_(rows),
+      bandRows_(std::clamp<std::size_t>(
+          kBandBytes / (std::size_t{ picture.Width() } * separations_.size()), 1, rows.Count())),
+      planes_(separations_.size(), std::vector<std::uint8_t>(picture.Width() * bandRows_)), band_{
+          rows.first, rows.first
+      }
+{}
+
+std::span<const std::uint8_t> SeparationBands::Row(std::uint32_t row, std::size_t separation)
+{
+    if (row >= band_.end)
+        ReadBand(row);
+    const std::size_t width = picture_.Width();
+    return std::span(planes_[separation]).subspan((row - band_.first) * width, width);
+}
+
+void SeparationBands::ReadBand(std::uint32_t firstRow)
+{
+    constexpr std::uint8_t kNoInk = 255;
+    band_ = { firstRow,
+              static_cast<std::uint32_t>(std::min<std::size_t>(firstRow + bandRows_, rows_.end)) };
+    for (std::size_t i = 0; i < separations_.size(); ++i) {
+        std::fill(planes_[i].begin(), planes_[i].end(), kNoInk);
+        if (!Read(picture_, band_, separations_[i], planes_[i]))
+            throw RowsFailure(picture_, band_);
+    }
+}
+
+FileFailure RowsFailure(const Picture& picture, RowRange rows)
+{
+    const ColorSeparationType separation = SeparationsOf(picture.Object()).front();
+    std::vector<std::uint8_t> bytes(picture.Width());
+    for (std::uint32_t row = rows.first; row < rows.end; ++row)
+        if (!Read(picture, { row, row + 1 }, separation, bytes))
+            return RowFailure(picture, row);
+    return picture.Failure();
+}
+
+FileFailure RowFailure(const Picture& picture, std::uint32_t row)
+{
+    const FileFailure failure = picture.Failure();
+    return { failure.File(),
+             "row " + std::to_string(row) + " of " + std::to_string(picture.Height()) + ": " +
+                 failure.WhatHappened(),
+             failure.Code(), failure.Advice() };
+}
+
+} // namespace tympan::tool

@@ -1,0 +1,26 @@
+// What goes to standard output for a program: JSON, in ASCII and with the file names as they can be
+// told there.
+#pragma once
+
+#include <nlohmann/json.hpp>
+
+#include <string>
+
+namespace tympan::tool {
+
+/// Keeps its keys in the order in which they were added.
+using Json = nlohmann::ordered_json;
+
+/// An object that begins with the file's name, as `file`; and, when that isn't UTF-8, as `file_raw`,
+/// percent-encoded.
+Json ObjectOf(const std::string& file);
+
+/// Writes a value over several lines.
+void PrintIndented(const Json& value);
+/// Writes a value on a line of its own.
+void PrintOnOneLine(const Json& value);
+
+/// \throws FileFailure when standard output could not take all that was written.
+void FinishStandardOutput();
+
+} // namespace tympan::tool

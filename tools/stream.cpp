@@ -1,0 +1,259 @@
+// `tympan stream`: one separation of line work as the run stream that places it.
+#include "command.h"
+#include "failure.h"
+#include "names.h"
+#include "output_file.h"
+#include "picture.h"
+#include "plain_file.h"
+#include "progress.h"
+#include "row_range.h"
+#include "separation_bands.h"
+#include "separations.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <limits>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <system_error>
+#include <vector>
+
+namespace tympan::tool {
+
+namespace {
+
+struct StreamOptions {
+    std::string file;
+    std::string asFormat;
+    std::string output;
+    std::string offsets;
+    std::string separation;
+    std::uint32_t copies = 1;
+    std::uint32_t gap = 0;
+    std::uint32_t white = 255;
+    bool lengthFirst = false;
+};
+
+constexpr char kFooter[] =
+    R"(A row is the bytes 0 0, white that brings the width to a multiple of 4096, the copies
+with gaps between them, and 0 0. A run is two bytes: ink value (255 is no ink), length.
+Transparent colours have the value that the library gives them, which no other colour has:
+`tympan info` tells it. Only line work (LW) has runs.
+
+Example:
+  tympan stream map.lw -o map.runs --separation black --offsets map.offsets
+  tympan stream label.lw -o sheet.runs --separation cyan --copies 3 --gap 120)";
+
+// Some rows of the stream.
+struct StreamBand {
+    std::uint32_t endRow;
+    std::span<const std::uint8_t> bytes;
+    std::span<const unsigned long> offsets; // of each row, the first one's as the library gave it
+};
+
+// The run stream of a picture, made in bands.
+class RunStream {
+  public:
+    RunStream(const Picture& picture, ColorSeparationType separation, const StreamOptions& options)
+        : picture_(picture), lineWork_(RequireLineWork(picture, "made a stream")),
+          separation_(separation), options_(options)
+    {
+        const std::uint64_t gaps = options.copies - std::uint64_t{ 1 };
+        if (picture.Width() * std::uint64_t{ options.copies } + gaps * options.gap > kMostPixels)
+            throw UsageFailure("--copies, --gap: a row of the stream would be more than " +
+                               std::to_string(kMostPixels) + " pixels wide");
+    }
+
+    /// The rows from `firstRow` on, as many as make a band; the bands are asked for in order. A band
+    /// holds until the next call.
+    ///
+    /// Whether the library divides a row's last run can hang on the number of runs before the row
+    /// being odd. As runs of length 0 alone make it so, it hangs on the row before and on no other:
+    /// behind an odd number that row is made once more, and its bytes are left out.
+    StreamBand From(std::uint32_t firstRow)
+    {
+        const std::uint32_t again = oddRuns_ ? 1 : 0;
+        const RowRange rows = Measure(firstRow - again, again + 1);
+        Make(rows);
+        oddRuns_ = bytes_ / kRunBytes % 2 != 0;
+        const auto offsets = std::span<const unsigned long>(offsets_).subspan(again);
+        return { rows.end,
+                 std::span<const std::uint8_t>(buffer_.get(), bytes_).subspan(offsets.front()),
+                 offsets };
+    }
+
+  private:
+    // As many rows as fit a band, but at least `least`, and room for them.
+    RowRange Measure(std::uint32_t first, std::uint32_t least)
+    {
+        const std::uint32_t most = picture_.Height() - first;
+        auto count = static_cast<std::uint32_t>(
+            std::clamp<std::uint64_t>(kBandBytes / rowBytes_, least, most));
+        std::uint64_t size = SizeOf({ first, first + count });
+        while (size > kBandBytes && count > least) {
+            count = std::max(least, count / 2);
+            size = SizeOf({ first, first + count });
+        }
+        if (size > kMostBytes)
+            throw UsageFailure("--copies: a row of the stream would take " + std::to_string(size) +
+                               " bytes");
+        if (size > room_) {
+            buffer_.reset(new std::uint8_t[size]); // not filled, for most is never written
+            room_ = size;
+        }
+        rowBytes_ = size / count + 1;
+        return { first, first + count };
+    }
+
+    std::uint64_t SizeOf(RowRange rows) const
+    {
+        const unsigned long size = lineWork_.GetLWBufferSize(rows.first, rows.end - 1,
+                                                             options_.copies, options_.gap, true);
+        if (size == 0)
+            throw RowsFailure(picture_, rows);
+        return size;
+    }
+
+    void Make(RowRange rows)
+    {
+        offsets_.resize(rows.Count());
+        unsigned char* end = buffer_.get();
+        unsigned long* endOffset = offsets_.data();
+        const auto white = static_cast<unsigned char>(options_.white);
+        if (lineWork_.GetLWPictureRows(end, rows.first, rows.end - 1, endOffset, 0, separation_,
+                                       options_.gap, options_.copies, white, 0,
+                                       !options_.lengthFirst) != rows.end)
+            throw RowsFailure(picture_, rows);
+        bytes_ = static_cast<std::size_t>(end - buffer_.get());
+    }
+
+    static constexpr std::uint64_t kRunBytes = 2;
+    static constexpr std::uint64_t kBandBytes = 8U << 20U;
+    static constexpr std::uint64_t kMostBytes = 1U << 30U; // of a row
+    static constexpr std::uint64_t kMostPixels = std::numeric_limits<std::int32_t>::max();
+    static constexpr std::uint64_t kFirstGuess = 64U << 10U;
+
+    const Picture& picture_;
+    LWFileInterface& lineWork_;
+    ColorSeparationType separation_;
+    const StreamOptions& options_;
+    std::unique_ptr<std::uint8_t[]> buffer_;
+    std::uint64_t room_ = 0;
+    std::size_t bytes_ = 0; // of the band
+    std::vector<unsigned long> offsets_;
+    std::uint64_t rowBytes_ = kFirstGuess; // of a row of the band before, about
+    bool oddRuns_ = false;
+};
+
+// The places of the rows, when they are asked for.
+class OffsetsFile {
+  public:
+    OffsetsFile(const StreamOptions& options)
+    {
+        if (options.offsets.empty())
+            return;
+        output_.emplace(options.offsets, options.file);
+        file_.emplace(*output_);
+    }
+
+    void Write(std::uint64_t offset)
+    {
+        if (file_)
+            file_->Write(std::to_string(offset) + '\n');
+    }
+
+    void Finish()
+    {
+        if (!file_)
+            return;
+        file_->Finish();
+        output_->Commit();
+    }
+
+  private:
+    std::optional<OutputFile> output_;
+    std::optional<PlainFile> file_;
+};
+
+void WriteStream(const Picture& picture, RunStream& stream, PlainFile& file, OffsetsFile& offsets)
+{
+    Progress progress("Writing the stream of " + picture.Path(), picture.Height());
+    std::uint64_t written = 0;
+    for (std::uint32_t row = 0; row < picture.Height();) {
+        const StreamBand band = stream.From(row);
+        for (const unsigned long offset : band.offsets)
+            offsets.Write(written + (offset - band.offsets.front()));
+        file.Write(band.bytes);
+        written += band.bytes.size();
+        progress.Advance(band.endRow - row);
+        row = band.endRow;
+    }
+}
+
+// Two outputs of one name would take each other's place.
+void RequireOtherName(const StreamOptions& options)
+{
+    const auto whole = [](const std::string& path) {
+        std::error_code error;
+        return std::filesystem::weakly_canonical(path, error);
+    };
+    if (!options.offsets.empty() && whole(options.offsets) == whole(options.output))
+        throw UsageFailure(options.offsets + ": the offsets need a file of their own");
+}
+
+void Stream(const StreamOptions& options)
+{
+    const ColorSeparationType separation = ParseSeparation(options.separation);
+    RequireOtherName(options);
+    const Picture picture = OpenPicture(options.file, options.asFormat);
+    RunStream stream(picture, separation, options);
+    RequireSeparation(options.file, picture.Object(), separation);
+    OutputFile output(options.output, options.file);
+    OffsetsFile offsets(options);
+    PlainFile file(output);
+    WriteStream(picture, stream, file, offsets);
+    file.Finish();
+    offsets.Finish();
+    output.Commit();
+}
+
+} // namespace
+
+void AddStream(CLI::App& app)
+{
+    constexpr std::int32_t kMost = std::numeric_limits<std::int32_t>::max();
+    const auto options = std::make_shared<StreamOptions>();
+    CLI::App& command =
+        *app.add_subcommand("stream", "Write one separation of line work as a run stream");
+    command.add_option("IN", options->file, "An LW file")->required();
+    command.add_option("-o,--output", options->output, "The file to write, of bytes alone")
+        ->required();
+    command
+        .add_option("--separation", options->separation,
+                    "The separation: cyan, magenta, yellow, black or 0 to 3")
+        ->required();
+    command.add_option("--copies", options->copies, "Copies of the picture side by side")
+        ->check(CLI::Range(std::int32_t{ 1 }, kMost))
+        ->default_str("1");
+    command.add_option("--gap", options->gap, "White pixels between each two copies")
+        ->check(CLI::Range(std::int32_t{ 0 }, kMost))
+        ->default_str("0");
+    command.add_option("--white", options->white, "The ink value of white")
+        ->check(CLI::Range(0, 255))
+        ->default_str("255");
+    command.add_flag("--length-first", options->lengthFirst,
+                     "Give each run as length, value in place of value, length");
+    command
+        .add_option("--offsets", options->offsets,
+                    "Write the place of each row in the output here, a decimal number a line")
+        ->check(RefuseEmpty);
+    AddAsOption(command, options->asFormat);
+    command.footer(kFooter);
+    command.callback([options] { Guard(options->file, [&] { Stream(*options); }); });
+}
+
+} // namespace tympan::tool
