@@ -83,7 +83,7 @@ void PictureFileInterface::CurrRowBuffer(unsigned char* buffer)
 
 bool PictureFileInterface::RowBufferHolds(unsigned int size)
 {
-    if (rowBuffer_ == nullptr)
-        return false;
-    return rowBufferSize_ >= size || AllocateRowBuffer(size);
+    if (rowBuffer_ != nullptr && rowBufferSize_ >= size)
+        return true;
+    return (rowBuffer_ != nullptr || IsPictureFileOpen()) && AllocateRowBuffer(size);
 }

@@ -415,7 +415,7 @@ void ProveRows(CFile& file, const RowsClaim& claim, Findings& findings)
     const auto start = static_cast<std::uint64_t>(LwFirstRow(claim.colours));
     RowProof proof(claim, start, findings);
     RunBlock block;
-    RunReader reader(file, block, start);
+    RunReader reader(file, block, start, length);
     Guarded(NoTrace(), kEndOfFile, [&] {
         while (!proof.IsDone()) {
             proof.Take(BytesOf(reader.Take(kAllThatIsHeld).runs));

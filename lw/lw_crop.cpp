@@ -121,7 +121,8 @@ class RowCutter {
     }
 
     // Copies the runs behind it, and cuts what reaches beyond the columns off the last. A delimiter
-    // that comes too early ends the row.
+    // that comes too early ends the row; a run of length 0 that has a colour doesn't, for the row's
+    // other pixels would be lost.
     void CutOthers()
     {
         std::size_t taken = 0;
@@ -198,7 +199,7 @@ std::vector<unsigned char> CroppedHeader(CFile& source, std::size_t size,
 
 void LWFileInterface::CreateCropedLWFile(CFile& source, CFile& target, CompressParameters* crop)
 {
-    if (crop == nullptr || placesKnown_ == 0)
+    if (crop == nullptr || placesKnown_ == 0 || lwDataStartPosition_ < tympan::kLwColours)
         return;
     const LwPictureParameters& record = LwRecord();
     const auto columns = SideOf(crop->CropLeft, crop->CropRight, record.WidthInPixels());

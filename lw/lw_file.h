@@ -45,9 +45,9 @@ struct CompressParameters {
 /// `FileHandle()`, and then `SetLWPictureRow` for each row from the first on.
 ///
 /// Rows have no fixed length. Opening an input file walks all rows but the last once: it proves them
-/// and notes where each begins. An operation on a row that has no such place (at or beyond the
-/// height, or of an object that is not open for input) fails as each operation tells, and touches
-/// neither file nor buffer for that row. A run of length 0 holds no pixel. A run of index 0 with a
+/// and notes where each begins. An operation on a row that has no such place (at or beyond the height,
+/// or of an object that was never open for input) fails as each operation tells, and touches neither
+/// file nor buffer for that row. After closing, all fail as at a file failure. A run of length 0 holds no pixel. A run of index 0 with a
 /// length has no colour: it fails as an index above the table does.
 ///
 /// Where an operation fails in the middle, what it stored before stays. A row is never stored past
@@ -66,7 +66,11 @@ class TYMPAN_API LWFileInterface : public PictureFileInterface {
     ///   or whose header is refused, with 90001 and "LW File Interface:\n:Error Opening file,
     ///   aborting!" if the object had failed before; for a row whose delimiters or lengths are wrong,
     ///   90025; for a file that ends early, a height of 0, a file failure, or places that there is
-    ///   no memory for, 90001 and "LWInterface:\n Error Opening LineWork file, aborting!".
+    ///   no memory for, 90001 and "LWInterface:\n Error Opening LineWork file, aborting!"; for a row
+    ///   buffer that can't be had, or is above 16 MiB and longer than the file, without a code. A
+    ///   `fileError` that the base would throw ends here as a file failure, destroyed if it was made
+    ///   with `new`.
+    /// \throws CFileException* from the closing of an output file that turns out not to be sound.
     bool OpenPictureFile(const CString& fileName, bool inputFile, bool reopen,
                          CFileException* fileError) override;
 
@@ -138,7 +142,8 @@ class TYMPAN_API LWFileInterface : public PictureFileInterface {
     /// @{
 
     /// Copies one row as the file has it, delimiters included; `lengthFirst` exchanges the bytes of
-    /// each run. `buffer` has room for 2 bytes for each run and 4.
+    /// each run. `buffer` has room for 2 bytes for each run and 4; `GetLWBufferSize(row, row, 1, 0,
+    /// false)` is enough for any row.
     /// \return the number of runs. 0 with 90025 for wrong delimiters or lengths, 90001 for a file
     ///   failure, 90020 and "LWInterface: Error Extracting LineWork RawBuffer, aborting!" for a row
     ///   without a place or that the file doesn't hold whole.
@@ -185,7 +190,7 @@ class TYMPAN_API LWFileInterface : public PictureFileInterface {
     /// taken for runs of length 0.
     /// \return 0 with 90001 and "LWInterface: Error counting LW buffer size, aborting!" for any
     ///   failure: a file failure, a file that ends, a row beyond the height, `copies` of 0, a size
-    ///   that its type can't hold.
+    ///   that its type can't hold. A picture of width 0 takes 4 bytes for each row and copy, and 4.
     virtual unsigned long GetLWBufferSize(unsigned int firstRow, unsigned int lastRow,
                                           unsigned int copies, unsigned long whiteGap,
                                           bool complete);
@@ -205,13 +210,13 @@ class TYMPAN_API LWFileInterface : public PictureFileInterface {
     /// end of `source`. Both files stay open, behind the last row read and written.
     /// \param source the object's file, or another opening of it.
     /// \param target open for writing; written from its start on.
-    /// \throws CFileException* from either file.
+    /// \throws CFileException* from either file; std::bad_alloc.
     void CreateCropedLWFile(CFile& source, CFile& target, CompressParameters* crop);
 
     /// Compresses a row of `count` grey bytes and writes it, delimiters included, at the file's
-    /// position, in one write. A value below 64 becomes the index one higher, any other the index of
-    /// its number, as the table of `SaveHader` has them: so 64 comes back as 63. Nothing is written
-    /// for a `count` of 0.
+    /// position, in one write (above 1 GiB in several). A value below 64 becomes the index one higher,
+    /// any other the index of its number, as the table of `SaveHader` has them: so 64 comes back as 63.
+    /// Nothing is written for a `count` of 0.
     /// \return the number of runs.
     /// \throws CFileException* from the write; std::bad_alloc.
     unsigned int SetLWPictureRow(unsigned char* pixels, CFile& file, unsigned long count);
@@ -248,7 +253,7 @@ class TYMPAN_API LWFileInterface : public PictureFileInterface {
     /// File offset of row 0; 255 until an input file is opened.
     int LwDataStartPosition() const { return lwDataStartPosition_; }
     void LwDataStartPosition(int position) { lwDataStartPosition_ = position; }
-    /// File offset of each row, or null. The object's, until the next opening.
+    /// File offset of each row, or null. The object's, until the next opening or validity check.
     unsigned long long* LwFileArray() const { return lwFileArray_.get(); }
     /// Takes over an array made with `new[]`, of an entry for each row of the record. The one before
     /// is not freed.

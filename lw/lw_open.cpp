@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 #include <new>
 #include <string_view>
 
@@ -128,6 +129,8 @@ bool LWFileInterface::OpenPictureFile(const CString& fileName, bool inputFile, b
         } else if (inputFile) {
             sound = ProveRows();
         } else {
+            DeallocateAll();
+            lwDataStartPosition_ = kNoRowsYet;
             FileHandle().SeekToBegin();
             sound = true;
         }
@@ -160,8 +163,8 @@ bool LWFileInterface::FileValidityCheck()
 bool LWFileInterface::CloseUnlessSound(bool sound)
 {
     if (!sound) {
-        ClosePictureFile();
         ObjectStatus(false);
+        ClosePictureFile();
     }
     return sound;
 }
@@ -182,15 +185,16 @@ bool LWFileInterface::ProveRows()
     DeallocateAll();
     lwDataStartPosition_ = static_cast<int>(tympan::LwFirstRow(record.TableColorsNumber()));
     const auto rows = tympan::CutToWhole<std::uint64_t>(std::ceil(record.HeightInPixels()));
-    const std::uint64_t places = std::min(rows, MostRows(FileHandle().GetLength()));
-    if (places == 0)
+    const std::uint64_t length = FileHandle().GetLength();
+    const std::uint64_t places = std::min(rows, MostRows(length));
+    if (places == 0 || places > std::numeric_limits<std::size_t>::max() / sizeof(places))
         throw new MemoryAllocException;
     lwFileArray_.reset(new (std::nothrow) unsigned long long[static_cast<std::size_t>(places)]);
     if (lwFileArray_ == nullptr)
         throw new MemoryAllocException;
 
     tympan::RunReader reader(FileHandle(), *block_,
-                             static_cast<std::uint64_t>(lwDataStartPosition_));
+                             static_cast<std::uint64_t>(lwDataStartPosition_), length);
     const tympan::RowWidth width = Width();
     for (std::uint64_t row = 0; row < places; ++row) {
         lwFileArray_[row] = reader.Position();
@@ -233,7 +237,7 @@ std::uint64_t LWFileInterface::PlaceOf(std::uint64_t row) const
 // Where a row is expected to end, for the sake of how much is read at a time.
 std::uint64_t LWFileInterface::EndOf(std::uint64_t row) const
 {
-    return row + 1 < placesKnown_ ? lwFileArray_[row + 1] : tympan::RunReader::kToTheEnd;
+    return row + 1 < placesKnown_ ? lwFileArray_[row + 1] : FileHandle().GetLength();
 }
 
 // A reader that stands at `firstRow` and expects to end behind the row before `endRow`.

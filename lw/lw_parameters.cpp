@@ -60,8 +60,8 @@ void SetAll(std::span<Value[kColumns]> table, Value value)
 
 /// Puts a new table of `rows` rows in place of what there is, none for 0; `count` is never above
 /// what the table has.
-template <typename Value, typename Count>
-void Replace(std::unique_ptr<Value[][kColumns]>& table, Count& count, unsigned char rows)
+template <typename Value>
+void Replace(std::unique_ptr<Value[][kColumns]>& table, std::size_t& count, std::size_t rows)
 {
     count = 0;
     table.reset();
@@ -253,8 +253,13 @@ void LwPictureParameters::SaveFullGrayScaleColorsTable(CFile& file) const
 
 void LwPictureParameters::CreateColorsTable(unsigned char rows)
 {
-    if (rows != tableColorsNumber_ || !colorsTable_)
-        Replace(colorsTable_, tableColorsNumber_, rows);
+    if (rows != tableColorsNumber_ || !colorsTable_) {
+        DestroyColorsTable();
+        // With room for the most colours, since a derived record sets the number by itself.
+        std::size_t room = 0;
+        Replace(colorsTable_, room, rows != 0 ? kLwMostColours : 0);
+        tableColorsNumber_ = rows;
+    }
     SetAll<unsigned char>({ colorsTable_.get(), tableColorsNumber_ }, 0);
 }
 
@@ -273,8 +278,8 @@ void LwPictureParameters::CreateTransparentColorTable(unsigned char rows)
 
 void LwPictureParameters::DestroyColorsTable()
 {
-    if (colorsTable_)
-        Replace(colorsTable_, tableColorsNumber_, 0);
+    colorsTable_.reset();
+    tableColorsNumber_ = 0;
 }
 
 void LwPictureParameters::DestroyTransparentColorTable()

@@ -32,6 +32,7 @@ class TYMPAN_API LwPictureParameters : public PictureParameters {
     LwPictureParameters();
     /// Takes over the transparent values, the file's number of colours, and the size of the colour
     /// table, whose values are all 0. Nothing of the common header comes along.
+    /// \throws MemoryAllocException* when the table can't be had.
     LwPictureParameters(const LwPictureParameters& other);
     /// As the copy constructor, and the common header as `PictureParameters` assigns it. A source
     /// without a colour table takes this record's. The transparent colour table, the file name and

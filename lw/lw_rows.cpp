@@ -133,10 +133,11 @@ void LWFileInterface::DecodeRows(unsigned char*& out, unsigned int firstRow, uns
     ForEachRow(firstRow, endRow, [&](tympan::RunReader& reader, std::uint64_t row) {
         if (offsets != nullptr)
             offsets[row - firstRow] = static_cast<unsigned long>(out - start);
-        const unsigned char* const end = out + width.toReach;
+        std::uint64_t left = width.toReach;
         reader.TakeDelimiter();
         const std::uint64_t pixels = reader.TakeRow(width.toReach, [&](const RunStretch& stretch) {
-            out = inks.Expand(stretch, { out, static_cast<std::size_t>(end - out) }, reader);
+            out = inks.Expand(stretch, { out, static_cast<std::size_t>(left) }, reader);
+            left -= std::min(left, stretch.pixels);
         });
         reader.TakeDelimiter();
         width.Require(pixels);

@@ -58,6 +58,7 @@ void LWFileInterface::PlaceRow(tympan::RunReader& reader, tympan::PlacedRows& ro
         unsigned char* const length = rows.buffer + (colorFirst ? 1 : 0);
         store(runs.last(1), rows.buffer);
         if (records % 2 == 0) {
+            // Its colour has been looked up, so that it can't be refused in a place of its own.
             const tympan::Run one{ runs.back().index, 1 };
             --*length;
             store(std::span(&one, 1), rows.buffer);

@@ -1,6 +1,5 @@
 #include "lw/run_reader.h"
 
-#include "core/block_size.h"
 #include "core/failure_guard.h"
 #include "core/failures.h"
 
@@ -19,8 +18,9 @@ constexpr FailureRow kAnyFailure[] = { { Caught::Anything, 0, nullptr } };
 std::span<Run> RunBlock::Room(std::uint64_t bytes)
 {
     const auto wanted =
-        static_cast<std::size_t>(std::min<std::uint64_t>(bytes, kBlockBytes) + 1) / sizeof(Run);
+        static_cast<std::size_t>(std::min<std::uint64_t>(bytes, kRunBlockBytes) + 1) / sizeof(Run);
     if (size_ < wanted) {
+        size_ = 0;
         runs_.reset();
         runs_ = std::make_unique_for_overwrite<Run[]>(wanted);
         size_ = wanted;
@@ -42,11 +42,11 @@ RunReader::~RunReader()
             [&] { file_.Seek(static_cast<LONGLONG>(Position()), CFile::begin); });
 }
 
-RunStretch RunReader::Take(std::uint64_t wanted)
+RunStretch RunReader::Take(std::uint64_t wanted, std::size_t expected)
 {
     if (ahead_.empty())
         Refill();
-    const RunStretch stretch = RunsThatHold(ahead_, wanted, expectedRuns_);
+    const RunStretch stretch = RunsThatHold(ahead_, wanted, expected);
     ahead_ = ahead_.subspan(stretch.runs.size());
     return stretch;
 }

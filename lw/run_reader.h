@@ -2,14 +2,15 @@
 // library takes runs out of a file.
 #pragma once
 
+#include "core/block_size.h"
 #include "core/whole_numbers.h"
 #include "lw/run_sums.h"
 #include "platform/file.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <limits>
 #include <memory>
 #include <span>
 
@@ -18,6 +19,10 @@ namespace tympan {
 [[noreturn]] void ThrowRowDelimiterMissing();
 [[noreturn]] void ThrowBadRowIntegrity();
 [[noreturn]] void ThrowCouldNotRead();
+
+/// Bytes of a block. Rows are proved nearly as fast as they are read, so that calls of the system
+/// count: larger than other readers' blocks.
+inline constexpr std::uint64_t kRunBlockBytes = 2 * kBlockBytes;
 
 /// Memory for a block of a file's runs, which serves one reader after the other.
 class RunBlock {
@@ -38,21 +43,18 @@ class RunBlock {
 /// was taken, as if they had been read one by one.
 class RunReader {
   public:
-    static constexpr std::uint64_t kToTheEnd = std::numeric_limits<std::int64_t>::max();
-
-    RunReader(CFile& file, RunBlock& block, std::uint64_t position,
-              std::uint64_t expectedEnd = kToTheEnd);
+    RunReader(CFile& file, RunBlock& block, std::uint64_t position, std::uint64_t expectedEnd);
     RunReader(const RunReader&) = delete;
     RunReader& operator=(const RunReader&) = delete;
     ~RunReader();
 
     /// Takes as few runs as hold `wanted` pixels or more, or all that the block still has, but at
-    /// least one. They hold until the next call.
+    /// least one. They hold until the next call. `expected` as for `RunsThatHold`.
     /// \throws ReadFileException* ("Could not read LW file!") at the end of the file;
     ///   CFileException*.
-    RunStretch Take(std::uint64_t wanted);
-    /// The same up to a place inside a row, of the runs in front of `end` alone; `expected` as for
-    /// `RunsThatHold`. \throws as `Take`, at `end` as at the end of the file.
+    RunStretch Take(std::uint64_t wanted, std::size_t expected = 0);
+    /// The same up to a place inside a row, of the runs in front of `end` alone. \throws as
+    /// `Take`, at `end` as at the end of the file.
     RunStretch TakeInside(std::uint64_t wanted, std::uint64_t end, std::size_t expected);
     /// Takes one. \throws as `Take`.
     Run TakeOne();
@@ -68,7 +70,8 @@ class RunReader {
         std::uint64_t pixels = 0;
         std::size_t runs = 0;
         while (pixels < width) {
-            const RunStretch stretch = Take(width - pixels);
+            const RunStretch stretch =
+                Take(width - pixels, expectedRuns_ - std::min(expectedRuns_, runs));
             use(stretch);
             pixels += stretch.pixels;
             runs += stretch.runs.size();

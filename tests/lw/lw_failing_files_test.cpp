@@ -1,8 +1,8 @@
 // Every operation on the file made to fail in turn, once and from there on: the code that the header
 // tells, or the failure itself where it says so, and an object that works again afterwards. And how
 // much is read.
-#include "core/block_size.h"
 #include "lw/lw_trial.h"
+#include "lw/run_reader.h"
 #include "platform/file_expectations.h"
 
 #include <gtest/gtest.h>
@@ -151,13 +151,13 @@ TEST(LwFailingFiles, ReadsWholeBlocksOnceAndARowByItself)
     };
     const auto opening = counted([] { const OpenLw picture("sample.lw"); });
     constexpr std::size_t kHeaderReads = 40 + 9 * 7; // its fields, and the bytes of the colours
-    EXPECT_LE(opening.first, length / tympan::kBlockBytes + kHeaderReads);
-    EXPECT_LE(opening.second, length + tympan::kBlockBytes + 4096);
+    EXPECT_LE(opening.first, length / tympan::kRunBlockBytes + kHeaderReads);
+    EXPECT_LE(opening.second, length + tympan::kRunBlockBytes + 4096);
     for (const LwOperation& operation : { tympan::test::kRow, tympan::test::kOriginal })
         for (const unsigned int row : { 0U, 70U, 148U }) {
             const std::size_t rowBytes = sample.Place(row + 1) - sample.Place(row);
             const auto one = counted([&] { trial.Same(operation, { .first = row }); });
-            EXPECT_LE(one.first, rowBytes / tympan::kBlockBytes + 1);
+            EXPECT_LE(one.first, rowBytes / tympan::kRunBlockBytes + 1);
             EXPECT_EQ(one.second, rowBytes);
         }
 }

@@ -30,7 +30,7 @@ struct LwAnswer {
     unsigned long code = 0; // 0: none was left
     std::string text;       // empty: none was left
     std::uint64_t position = 0;
-    bool isInsideRow = false; // stopped at a run, where a reader of blocks may be further on
+    bool isInsideRow = false; // stopped behind the index of a run without a colour
     std::uint64_t moved =
         0;                 // how far a pointer into the buffer went, or the position in a new file
     unsigned int rows = 0; // the number told, or how far a pointer into the offsets went

@@ -190,10 +190,10 @@ inline std::string Difference(const LwAnswer& given, const LwAnswer& wanted)
     };
     compare("result", given.result, wanted.result);
     compare("code", given.code, wanted.code);
-    if (!wanted.isInsideRow)
+    // A single row stops behind the index of a run without a colour; the library behind the run.
+    const bool isAtIndex = wanted.isInsideRow && given.position == wanted.position + 1;
+    if (!isAtIndex)
         compare("position", given.position, wanted.position);
-    else if (given.position < wanted.position)
-        text += "position is not behind the run";
     compare("moved", given.moved, wanted.moved);
     compare("rows", given.rows, wanted.rows);
     places("offsets", given.offsets, wanted.offsets);

@@ -125,7 +125,7 @@ TEST(InkForms, StoreWhatTheRunsSay)
 
 class Reading : public testing::Test {
   protected:
-    explicit Reading(std::size_t bytes = 3 * tympan::kBlockBytes + 7) : bytes_(bytes)
+    explicit Reading(std::size_t bytes = 3 * tympan::kRunBlockBytes + 7) : bytes_(bytes)
     {
         for (unsigned char& byte : bytes_)
             byte = static_cast<unsigned char>(1 + random_() % 200);
@@ -174,7 +174,7 @@ TEST_F(Reading, GivesTheRunsOfTheFileFromAnyPlace)
 
 TEST_F(Reading, ReadsBlocksUpToTheExpectedEnd)
 {
-    const std::uint64_t end = 2 * tympan::kBlockBytes;
+    const std::uint64_t end = 2 * tympan::kRunBlockBytes;
     RunReader reader(file_, block_, 0, end);
     while (reader.Position() < end)
         reader.Take(1000);
@@ -186,7 +186,7 @@ TEST_F(Reading, EndsWithTheFile)
 {
     for (const std::uint64_t left : { 0U, 1U, 2U, 3U }) {
         {
-            RunReader reader(file_, block_, bytes_.size() - left);
+            RunReader reader(file_, block_, bytes_.size() - left, bytes_.size());
             for (std::uint64_t runs = left / 2; runs != 0; --runs)
                 reader.TakeOne();
             for (int again = 0; again < 2; ++again)
