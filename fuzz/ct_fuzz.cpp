@@ -1,23 +1,14 @@
-// Any bytes as a CT file, in an exact block of memory: recognised, opened and asked everything.
-#include "core/factory.h"
+// Any bytes as a CT file: opened and asked everything.
 #include "ct/ct_file.h"
-#include "platform/memory_files.h"
+#include "fuzz/any_file.h"
 #include "support/ask_ct.h"
-
-#include <cstddef>
-#include <cstdint>
-#include <memory>
-#include <span>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    const auto bytes = std::as_bytes(std::span(data, size));
-    tympan::test::MemoryFileSystem files;
-    files.Put("picture", tympan::test::Bytes(bytes.begin(), bytes.end()));
-    const tympan::ScopedFileSystem scoped(files);
-    const std::unique_ptr<BasePictureIF> recognised(create_picture_object("picture"));
-    CtFileInterface picture("picture", true);
-    tympan::test::AskEverything(picture);
-    picture.ClosePictureFile();
+    tympan::fuzz::WithFile(data, size, [] {
+        CtFileInterface picture(tympan::fuzz::kPath, true);
+        tympan::test::AskEverything(picture);
+        picture.ClosePictureFile();
+    });
     return 0;
 }
