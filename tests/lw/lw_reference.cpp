@@ -197,8 +197,10 @@ LwAnswer LwReference::Row(const LwCall& call)
         if (!isDelimiter("LWInterface:\nIllegal line format , aborting!"))
             return;
         double place = 0.0;
-        for (double i = 0; i < outputWidth; ++i, place += 1.0 / across)
+        for (std::uint64_t i = 0; i < static_cast<std::uint64_t>(outputWidth); ++i) {
             decoded.bytes.push_back(pixels[static_cast<std::size_t>(std::min(place, width_ - 1))]);
+            place += 1.0 / across;
+        }
         decoded.result = pixels.size();
     });
     Pad(answer.bytes, static_cast<std::uint64_t>(outputWidth));
