@@ -41,7 +41,8 @@ std::optional<Side> SideOf(double wantedFirst, double wantedLast, double length)
     return side;
 }
 
-// Gathers what is written into blocks. The caller ends with `Flush`.
+// Gathers what is written from the file's start on into blocks, which stand at whole multiples of
+// their size: so the system keeps them in large pieces. The caller ends with `Flush`.
 class BlockWriter {
   public:
     explicit BlockWriter(CFile& file)
@@ -55,16 +56,18 @@ class BlockWriter {
     }
     void Put(std::span<const Run> runs)
     {
-        const std::size_t bytes = runs.size_bytes();
-        if (size_ + bytes > tympan::kBlockBytes)
-            Flush();
-        if (bytes > tympan::kBlockBytes) {
-            file_.Write(runs.data(), static_cast<unsigned int>(bytes));
-            return;
+        Put({ reinterpret_cast<const unsigned char*>(runs.data()), runs.size_bytes() });
+    }
+    void Put(std::span<const unsigned char> bytes)
+    {
+        while (!bytes.empty()) {
+            const std::size_t count = std::min(bytes.size(), tympan::kBlockBytes - size_);
+            std::memcpy(block_.get() + size_, bytes.data(), count);
+            size_ += count;
+            bytes = bytes.subspan(count);
+            if (size_ == tympan::kBlockBytes)
+                Flush();
         }
-        if (bytes != 0)
-            std::memcpy(block_.get() + size_, runs.data(), bytes);
-        size_ += bytes;
     }
     void Flush()
     {
@@ -152,18 +155,20 @@ class RowCutter {
     std::size_t expectedInside_ = 0;
 };
 
+// In blocks that stand at whole multiples of their size in the target, as those of a BlockWriter.
 void CopyBytes(CFile& source, std::uint64_t from, std::uint64_t to, CFile& target)
 {
-    std::vector<unsigned char> block(
-        static_cast<std::size_t>(std::min<std::uint64_t>(tympan::kBlockBytes, to - from)));
+    const auto block = std::make_unique_for_overwrite<unsigned char[]>(tympan::kBlockBytes);
     source.Seek(static_cast<LONGLONG>(from), CFile::begin);
+    std::uint64_t room = tympan::kBlockBytes - target.GetPosition() % tympan::kBlockBytes;
     while (from < to) {
-        const auto wanted = std::min<std::uint64_t>(block.size(), to - from);
-        const unsigned int count = source.Read(block.data(), static_cast<unsigned int>(wanted));
+        const auto wanted = static_cast<unsigned int>(std::min(room, to - from));
+        const unsigned int count = source.Read(block.get(), wanted);
         if (count == 0)
             return;
-        target.Write(block.data(), count);
+        target.Write(block.get(), count);
         from += count;
+        room = tympan::kBlockBytes;
     }
 }
 
@@ -209,15 +214,16 @@ void LWFileInterface::CreateCropedLWFile(CFile& source, CFile& target, CompressP
 
     const auto header = CroppedHeader(source, static_cast<std::size_t>(lwDataStartPosition_),
                                       record, *columns, *rows);
-    target.Seek(0, CFile::begin);
-    target.Write(header.data(), static_cast<unsigned int>(header.size()));
     const std::uint64_t start = PlaceOf(rows->first - 1);
     const std::uint64_t end = rows->last < placesKnown_ ? PlaceOf(rows->last) : source.GetLength();
+    target.Seek(0, CFile::begin);
+    BlockWriter out(target);
+    out.Put(header);
     if (static_cast<double>(columns->Length()) == record.WidthInPixels()) {
+        out.Flush();
         CopyBytes(source, start, end, target);
     } else {
         RunReader reader(source, *block_, start, end);
-        BlockWriter out(target);
         RowCutter cutter(reader, *columns, out);
         for (std::uint64_t row = rows->first; row <= rows->last; ++row)
             cutter.Cut(PlaceOf(row - 1), row < rows->last ? PlaceOf(row) : end);
