@@ -118,26 +118,12 @@ OpenedPicture OpenAsAnyOf(const CString& path, const std::vector<std::string_vie
     return refused;
 }
 
-// A CT is known by the header that it shares with line work, so that bad line work passes for one; but
-// by its type it is told.
-bool PassesForCt(const OpenedPicture& opened)
-{
-    return dynamic_cast<const CtFileInterface*>(opened.picture.get()) != nullptr &&
-           opened.picture->FileType() == "LW";
-}
-
-OpenedPicture OpenByContent(const CString& path)
-{
-    OpenedPicture opened = OpenAnyPicture(path);
-    return PassesForCt(opened) ? OpenPictureAs(path, "LW") : std::move(opened);
-}
-
 OpenedPicture Open(const std::string& path, const std::vector<std::string_view>& formats)
 {
     const CString name(path.c_str());
     RequirePlainFile(path);
     const CFile readable(name, CFile::modeRead); // throws what keeps the file from being read
-    return formats.empty() ? OpenByContent(name) : OpenAsAnyOf(name, formats);
+    return formats.empty() ? OpenAnyPicture(name) : OpenAsAnyOf(name, formats);
 }
 
 FileFailure Refusal(const std::string& path, const OpenedPicture& opened)

@@ -5,6 +5,8 @@
 #include "platform/file.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <span>
 
 namespace tympan {
 
@@ -22,6 +24,13 @@ OpenedPicture OpenAs(const CString& path, const Format& format)
     return opened;
 }
 
+const Format* Named(std::span<const Format> formats, std::string_view name)
+{
+    const auto named = std::find_if(formats.begin(), formats.end(),
+                                    [&](const Format& one) { return one.name == name; });
+    return named == formats.end() ? nullptr : &*named;
+}
+
 } // namespace
 
 std::vector<std::string_view> FormatNames()
@@ -32,28 +41,30 @@ std::vector<std::string_view> FormatNames()
     return names;
 }
 
+OpenedPicture OpenPictureAs(const CString& path, std::string_view format)
+{
+    const Format* const named = Named(Formats(), format);
+    return named == nullptr ? OpenedPicture{} : OpenAs(path, *named);
+}
+
 OpenedPicture OpenAnyPicture(const CString& path)
 {
     CFile probe(path, CFile::modeRead);
+    const auto formats = Formats();
     OpenedPicture refused;
-    for (const Format& format : Formats()) {
-        if (!format.recognises(probe, path))
+    for (std::size_t i = 0; i < formats.size(); ++i) {
+        if (!formats[i].recognises(probe, path))
             continue;
-        OpenedPicture opened = OpenAs(path, format);
-        if (opened.isOpen)
-            return opened;
+        OpenedPicture opened = OpenAs(path, formats[i]);
+        if (opened.isOpen) {
+            const CString type = opened.picture->FileType();
+            const Format* const owner = Named(formats.first(i), type.GetString());
+            return owner == nullptr ? std::move(opened) : OpenAs(path, *owner);
+        }
         if (refused.picture == nullptr)
             refused = std::move(opened);
     }
     return refused;
-}
-
-OpenedPicture OpenPictureAs(const CString& path, std::string_view format)
-{
-    const auto formats = Formats();
-    const auto named = std::find_if(formats.begin(), formats.end(),
-                                    [&](const Format& one) { return one.name == format; });
-    return named == formats.end() ? OpenedPicture{} : OpenAs(path, *named);
 }
 
 } // namespace tympan

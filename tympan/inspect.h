@@ -24,7 +24,9 @@ struct OpenedPicture {
 
 /// Opens a file as input. The formats' tests look at little, so that an object may refuse a file
 /// that its format recognised: then the later formats are asked, and the first whose object opens
-/// is taken. If none opens, the first object that refused is given, for its codes and texts.
+/// is taken. When the header names by its type a format that was asked before, as damaged line work
+/// does that passes for a CT, that format's object is given, which refuses it. If none opens, the
+/// first object that refused is given, for its codes and texts.
 /// \throws CFileException* when the file can't be opened at all.
 TYMPAN_API OpenedPicture OpenAnyPicture(const CString& path);
 

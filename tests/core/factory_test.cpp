@@ -105,6 +105,13 @@ TEST(Inspect, OpensByTheFirstFormatThatTakesTheFile)
     EXPECT_FALSE(refused.isOpen);
     EXPECT_EQ(refused.picture->PictureParams()->TraceStatus(), 90066U);
 
+    auto lineWork = CtSample().Bytes(); // which passes for a CT, but for its type
+    lineWork[80] = 'L';
+    lineWork[81] = 'W';
+    const auto damaged = tympan::OpenAnyPicture(folder.File("damaged.lw", lineWork).c_str());
+    EXPECT_EQ(damaged.format, "LW");
+    EXPECT_FALSE(damaged.isOpen);
+
     EXPECT_EQ(tympan::OpenAnyPicture(folder.File("other", Marked(4, 0, 0)).c_str()).picture,
               nullptr);
     EXPECT_EQ(tympan::OpenPictureAs(path.c_str(), "no such format").picture, nullptr);
