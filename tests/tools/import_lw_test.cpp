@@ -30,12 +30,6 @@ int ByteAt(const std::string& bytes, std::size_t place)
     return static_cast<unsigned char>(bytes.at(place));
 }
 
-Plates PlatesAt(const std::string& bytes, std::size_t place)
-{
-    return { ByteAt(bytes, place), ByteAt(bytes, place + 1), ByteAt(bytes, place + 2),
-             ByteAt(bytes, place + 3) };
-}
-
 /// The pixels of an LW file, by the places of its bytes. Fails the test where a row isn't sound.
 std::vector<Plates> PixelsOfLw(const std::string& bytes, std::size_t width)
 {
@@ -47,8 +41,10 @@ std::vector<Plates> PixelsOfLw(const std::string& bytes, std::size_t width)
         for (place += 2; ByteAt(bytes, place + 1) != 0; place += 2) {
             const auto index = static_cast<std::size_t>(ByteAt(bytes, place));
             EXPECT_TRUE(index >= 1 && index <= colours) << row;
-            pixels.insert(pixels.end(), static_cast<std::size_t>(ByteAt(bytes, place + 1)),
-                          PlatesAt(bytes, 2048 + 18 * (index - 1) + 2));
+            Plates plates{};
+            for (std::size_t i = 0; i < plates.size(); ++i)
+                plates[i] = ByteAt(bytes, 2048 + 18 * (index - 1) + 2 + i);
+            pixels.insert(pixels.end(), static_cast<std::size_t>(ByteAt(bytes, place + 1)), plates);
         }
         EXPECT_EQ(bytes.substr(place, 2), std::string(2, '\0')) << row;
         EXPECT_EQ(pixels.size(), (row + 1) * width) << row;
@@ -155,57 +151,41 @@ class ImportLw : public testing::Test {
     std::string ct_ = folder_ / "out.ct";
 };
 
-TEST_F(ImportLw, TakesGreysAsTheyAreBut64)
+TEST_F(ImportLw, TakesGreysOfAnyWidthAsTheyAreBut64)
 {
-    constexpr std::uint32_t kWidth = 1001;
-    const Samples grey = Stretches(kWidth, 256, 70);
-    const auto times = [](unsigned int number) { return number * 257U; };
-    const auto from = [](unsigned int number) { return 255U - number; };
-    const KindCase cases[] = {
-        { "PNG", Png(grey, { kGreyPng }) },
-        { "PNG, interlaced", Png(grey, { .as = kGreyPng, .interlaced = true }) },
-        { "PNG of 16 bits", Png(Changed(grey, times), { .as = kGreyPng, .bits = 16 }) },
-        { "TIFF", Tiff(grey, { kBlackIsZero }) },
-        { "TIFF in tiles, white as 0",
-          Tiff(Changed(grey, from), { .as = kWhiteIsZero, .packed = kLzw, .tiled = true }) },
-    };
-    std::vector<Plates> expected;
-    for (const std::uint16_t number : grey.numbers)
-        expected.push_back({ 255, 255, 255, number == 64 ? 63 : number });
-    const auto of64 = std::count(grey.numbers.begin(), grey.numbers.end(), 64);
-    for (const KindCase& one : cases)
-        EXPECT_EQ(
-            Imported(one.name, one.make, kWidth, std::to_string(of64) + " pixels of the value 64"),
-            expected)
-            << one.name;
-}
-
-TEST_F(ImportLw, TakesFewBitsOfAnyWidth)
-{
-    for (const std::uint32_t width : { 1U, 2U, 7U, 8U, 9U, 255U, 256U, 3001U })
-        for (const unsigned int bits : { 1U, 2U, 4U }) {
-            const unsigned int most = (1U << bits) - 1U;
+    for (const std::uint32_t width : { 1U, 7U, 8U, 9U, 256U, 3001U })
+        for (const int bits : { 1, 2, 4, 8 }) {
+            const unsigned int most = (1U << static_cast<unsigned int>(bits)) - 1U;
             const Samples levels = Stretches(width, most + 1, 600);
             const Samples fromWhite =
                 Changed(levels, [=](unsigned int level) { return most - level; });
+            const Samples deep = Changed(levels, [=](unsigned int x) { return x * 65535U / most; });
             std::vector<Plates> expected;
             for (const std::uint16_t level : levels.numbers)
                 expected.push_back({ 255, 255, 255, static_cast<int>(level * 255U / most) });
-            const int count = static_cast<int>(bits);
-            std::vector<KindCase> cases{
-                { "PNG", Png(levels, { .as = kGreyPng, .bits = count }) },
+            const Plates k64{ 255, 255, 255, 64 };
+            const auto of64 = std::count(expected.begin(), expected.end(), k64);
+            std::replace(expected.begin(), expected.end(), k64, { 255, 255, 255, 63 });
+            const std::string told = of64 == 0   ? ""
+                                     : of64 == 1 ? "1 pixel of the value 64"
+                                                 : std::to_string(of64) + " pixels of the value 64";
+            const KindCase cases[] = {
+                { "PNG", Png(levels, { .as = kGreyPng, .bits = bits }) },
                 { "PNG, interlaced",
-                  Png(levels, { .as = kGreyPng, .bits = count, .interlaced = true }) },
-                { "TIFF", Tiff(levels, { .as = kBlackIsZero, .bits = count }) },
-                { "TIFF, white as 0", Tiff(fromWhite, { .as = kWhiteIsZero, .bits = count }) },
+                  Png(levels, { .as = kGreyPng, .bits = bits, .interlaced = true }) },
+                { "PNG of 16 bits", Png(deep, { .as = kGreyPng, .bits = 16 }) },
+                { "TIFF", Tiff(levels, { .as = kBlackIsZero, .bits = bits }) },
+                { "TIFF, white as 0", Tiff(fromWhite, { .as = kWhiteIsZero, .bits = bits }) },
+                { bits == 1 ? "TIFF as a fax" : "TIFF in tiles",
+                  Tiff(fromWhite, { .as = kWhiteIsZero,
+                                    .bits = bits,
+                                    .packed = bits == 1 ? kFaxG4 : kLzw,
+                                    .tiled = bits != 1 }) },
             };
-            if (bits == 1)
-                cases.push_back(
-                    { "TIFF as a fax",
-                      Tiff(fromWhite, { .as = kWhiteIsZero, .bits = 1, .packed = kFaxG4 }) });
-            for (const KindCase& one : cases)
-                EXPECT_EQ(Imported(one.name, one.make, width), expected)
-                    << one.name << " of " << bits << " bits, " << width << " pixels wide";
+            for (const KindCase& one : cases) {
+                SCOPED_TRACE(std::to_string(bits) + " bits, " + std::to_string(width) + " wide");
+                EXPECT_EQ(Imported(one.name, one.make, width, told), expected) << one.name;
+            }
         }
 }
 
@@ -221,26 +201,24 @@ TEST_F(ImportLw, GivesColoursTheInksOfACtFile)
         const char* name;
         Maker make;
         const Samples& numbers;
-        std::size_t used;
     };
     const ColourCase cases[] = {
-        { "PNG", Png(numbers, { .as = kPalettePng, .palette = palette }), numbers, 16 },
         { "PNG of 4 bits, interlaced",
           Png(numbers, { .as = kPalettePng, .bits = 4, .interlaced = true, .palette = palette }),
-          numbers, 16 },
+          numbers },
         { "PNG of 1 bit", Png(bits, { .as = kPalettePng, .bits = 1, .palette = { 0, 0x30F030 } }),
-          bits, 2 },
+          bits },
         { "PNG with transparent colours",
           Png(numbers, { .as = kPalettePng, .palette = palette, .alphas = { 255, 0, 128 } }),
-          numbers, 16 },
-        { "PNG of 255 colours", Png(ofMany, { .as = kPalettePng, .palette = many }), ofMany, 255 },
-        { "PNG in RGB", Png(InRgb(ofMany, many), { kRgbPng }), ofMany, 255 },
-        { "TIFF", Tiff(numbers, { .as = kPalette, .palette = palette }), numbers, 16 },
+          numbers },
+        { "PNG of 255 colours", Png(ofMany, { .as = kPalettePng, .palette = many }), ofMany },
+        { "PNG in RGB", Png(InRgb(ofMany, many), { kRgbPng }), ofMany },
+        { "TIFF", Tiff(numbers, { .as = kPalette, .palette = palette }), numbers },
         { "TIFF of 4 bits in tiles",
-          Tiff(numbers, { .as = kPalette, .bits = 4, .tiled = true, .palette = palette }), numbers,
-          16 },
+          Tiff(numbers, { .as = kPalette, .bits = 4, .tiled = true, .palette = palette }),
+          numbers },
         { "TIFF of 16 bits", Tiff(numbers, { .as = kPalette, .bits = 16, .palette = palette }),
-          numbers, 16 },
+          numbers },
     };
     for (const ColourCase& one : cases) {
         ASSERT_EQ(Run(one.make, ct_).status, 0) << one.name;
@@ -249,120 +227,96 @@ TEST_F(ImportLw, GivesColoursTheInksOfACtFile)
             if (one.numbers.numbers[i] == 0)
                 expected[i] = { 255, 255, 255, 0 };
         EXPECT_EQ(Imported(one.name, one.make, one.numbers.width), expected) << one.name;
-        EXPECT_EQ(ByteAt(ReadFile(lw_), 1080), static_cast<int>(one.used)) << one.name;
+        const auto& used = one.numbers.numbers;
+        EXPECT_EQ(ByteAt(ReadFile(lw_), 1080), 1 + *std::max_element(used.begin(), used.end()));
     }
 }
 
 TEST_F(ImportLw, WritesAHeaderThatTellsThePicture)
 {
     struct HeaderCase {
-        const char* name;
         Maker make;
         std::size_t separations;
         double resolution;
         std::vector<std::string> options;
     };
-    const Samples numbers = Stretches(99, 4, 9);
+    const TiffForm bilevel{ .as = kWhiteIsZero, .bits = 1, .unit = 2, .x = 40.0F, .y = 40.0F };
+    const PngForm coloured{ .as = kPalettePng, .palette = Palette(4) };
     const HeaderCase cases[] = {
-        { "bilevel",
-          Tiff(Stretches(99, 2, 9),
-               { .as = kWhiteIsZero, .bits = 1, .unit = 2, .x = 40.0F, .y = 40.0F }),
-          1,
-          40.0,
-          {} },
-        { "palette",
-          Png(numbers, { .as = kPalettePng, .palette = Palette(4) }),
-          4,
-          20.0,
-          { "--resolution", "20" } },
+        { Tiff(Stretches(99, 2, 9), bilevel), 1, 40.0, {} },
+        { Png(Stretches(99, 4, 9), coloured), 4, 20.0, { "--resolution", "20" } },
     };
     for (const HeaderCase& one : cases) {
         const Outcome outcome = Run(one.make, lw_, one.options);
-        ASSERT_EQ(outcome.status, 0) << one.name << outcome.err;
+        ASSERT_EQ(outcome.status, 0) << outcome.err;
         const auto info = nlohmann::json::parse(RunCommand({ "info", "--json", lw_ }).out).at(0);
-        EXPECT_EQ(info.at("format"), "LW") << one.name;
-        EXPECT_EQ(info.at("file_type"), "LW") << one.name;
-        EXPECT_EQ(info.at("width"), 99) << one.name;
-        EXPECT_EQ(info.at("height"), kHeight) << one.name;
-        EXPECT_NEAR(info.at("resolution"), one.resolution, 0.001) << one.name;
-        EXPECT_EQ(info.at("separations").size(), one.separations) << one.name;
-        EXPECT_EQ(info.at("separations").back(), "black") << one.name;
-        EXPECT_EQ(ReadFile(lw_).substr(1, 7), std::string("a name\0", 7)) << one.name;
+        EXPECT_EQ(info.at("file_type"), "LW");
+        EXPECT_EQ(info.at("width"), 99);
+        EXPECT_EQ(info.at("height"), kHeight);
+        EXPECT_NEAR(info.at("resolution"), one.resolution, 0.001);
+        EXPECT_EQ(info.at("separations").size(), one.separations);
+        EXPECT_EQ(info.at("separations").back(), "black");
+        EXPECT_EQ(ReadFile(lw_).substr(1, 7), std::string("a name\0", 7));
     }
 }
 
 TEST_F(ImportLw, TellsOnceWhatItDoesNotDo)
 {
-    const Samples numbers = Stretches(99, 4, 9);
-    struct WarningCase {
-        const char* name;
-        Maker make;
-        std::vector<std::string> options;
-        std::string text;
-    };
-    const WarningCase cases[] = {
-        { "a profile for greys",
-          Png(numbers, { kGreyPng }),
-          { "--profile", "x.icc", "--resolution", "10" },
-          "no effect" },
-        { "a turned palette picture, which is read twice",
-          Tiff(numbers, { .as = kPalette, .orientation = 3, .palette = Palette(4) }),
-          { "--resolution", "10" },
-          "orientation 3" },
-    };
-    for (const WarningCase& one : cases) {
-        const Outcome outcome = Run(one.make, lw_, one.options);
-        EXPECT_EQ(outcome.status, 0) << one.name << ": " << outcome.err;
-        const std::size_t place = outcome.err.find(one.text);
-        ASSERT_NE(place, std::string::npos) << one.name;
-        EXPECT_EQ(outcome.err.find(one.text, place + 1), std::string::npos) << one.name;
-    }
-}
-
-TEST_F(ImportLw, RefusesWhatAnLwFileCanNotHold)
-{
+    const Samples few = Stretches(99, 4, 9), many = Stretches(333, 256, 30);
+    const Samples ink{ 30, 30, 4, std::vector<std::uint16_t>(3600) };
     const auto palette = Palette(256);
-    const Samples numbers = Stretches(333, 256, 30);
-    Samples ink{ 30, 30, 4, std::vector<std::uint16_t>(3600) };
-    struct RefusalCase {
+    struct TellingCase {
         const char* name;
         Maker make;
-        const char* resolution;
+        int status;
         const char* text;
+        std::vector<std::string> options = { "--resolution", "10" };
     };
-    const RefusalCase cases[] = {
-        { "256 colours of a palette", Png(numbers, { .as = kPalettePng, .palette = palette }), "10",
+    const TellingCase cases[] = {
+        { "a profile for greys",
+          Png(few, { kGreyPng }),
+          0,
+          "no effect",
+          { "--profile", "x.icc", "--resolution", "10" } },
+        { "a turned palette picture, which is read twice",
+          Tiff(few, { .as = kPalette, .orientation = 3, .palette = Palette(4) }), 0,
+          "orientation 3" },
+        { "256 colours of a palette", Png(many, { .as = kPalettePng, .palette = palette }), 1,
           "more than 255 colours" },
-        { "256 colours in RGB", Png(InRgb(numbers, palette), { kRgbPng }), "10",
+        { "256 colours in RGB", Png(InRgb(many, palette), { kRgbPng }), 1,
           "more than 255 colours" },
-        { "CMYK", Tiff(ink, { kSeparated }), "10", ".ct" },
-        { "too small at its resolution", Png(numbers, { kGreyPng }), "1000", "--resolution" },
+        { "CMYK", Tiff(ink, { kSeparated }), 1, ".ct" },
+        { "too small at its resolution",
+          Png(many, { kGreyPng }),
+          1,
+          "--resolution",
+          { "--resolution", "1000" } },
     };
-    for (const RefusalCase& one : cases) {
-        const Outcome outcome = Run(one.make, lw_, { "--resolution", one.resolution });
-        EXPECT_EQ(outcome.status, 1) << one.name;
-        EXPECT_THAT(outcome.err, HasSubstr(source_)) << one.name;
-        EXPECT_THAT(outcome.err, HasSubstr(one.text)) << one.name;
-        EXPECT_EQ(folder_.Entries(), 1U) << one.name << " left something";
+    for (const TellingCase& one : cases) {
+        SCOPED_TRACE(one.name);
+        const TemporaryFolder empty;
+        const Outcome outcome = Run(one.make, empty / "out.lw", one.options);
+        EXPECT_EQ(outcome.status, one.status) << outcome.err;
+        EXPECT_EQ(empty.Entries(), one.status == 0 ? 1U : 0U);
+        EXPECT_THAT(outcome.err, HasSubstr(source_));
+        const std::size_t place = outcome.err.find(one.text);
+        ASSERT_NE(place, std::string::npos) << outcome.err;
+        EXPECT_EQ(outcome.err.find(one.text, place + 1), std::string::npos) << outcome.err;
     }
 }
 
 TEST_F(ImportLw, EndsWhenThePictureIsCutShort)
 {
     const Samples numbers = Stretches(3000, 200, 3);
-    const KindCase cases[] = {
-        { "palette", Png(numbers, { .as = kPalettePng, .palette = Palette(200) }) },
-        { "grey", Tiff(numbers, { kBlackIsZero }) },
-    };
-    for (const KindCase& one : cases) {
-        one.make(source_);
+    for (const Maker& make : { Png(numbers, { .as = kPalettePng, .palette = Palette(200) }),
+                               Tiff(numbers, { kBlackIsZero }) }) {
+        make(source_);
         const std::string whole = ReadFile(source_);
         for (const std::size_t tenth : { 1U, 5U, 9U }) {
             const std::string part = whole.substr(0, whole.size() * tenth / 10);
-            const Outcome outcome =
-                Run([&](const std::string& path) { WriteFile(path, part); }, lw_);
-            EXPECT_EQ(outcome.status, 1) << one.name << " cut at " << tenth << "/10";
-            EXPECT_EQ(folder_.Entries(), 1U) << one.name << " left something";
+            const auto cut = [&](const std::string& path) { WriteFile(path, part); };
+            EXPECT_EQ(Run(cut, lw_).status, 1) << whole.substr(0, 4) << tenth << "/10";
+            EXPECT_EQ(folder_.Entries(), 1U) << "something was left";
         }
     }
 }
