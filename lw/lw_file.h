@@ -289,6 +289,8 @@ class TYMPAN_API LWFileInterface : public PictureFileInterface {
     tympan::RowWidth Width() const;
     std::uint64_t MostRows(std::uint64_t fileLength) const;
     bool ProveRows();
+    void NoteSoundRows(tympan::RunReader& reader, std::uint64_t places);
+    void ProveRow(tympan::RunReader& reader) const;
     bool CloseUnlessSound(bool sound);
     void TakeNotOpened();
 

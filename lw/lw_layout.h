@@ -46,6 +46,7 @@ static_assert(sizeof(Run) == 2 && alignof(Run) == 1);
 
 inline constexpr std::uint64_t kLongestRun = 255;
 inline constexpr std::uint64_t kLwDelimiterBytes = sizeof(Run);
+inline constexpr std::size_t kLwDelimiters = 2; // of a row
 
 constexpr bool IsDelimiter(Run run)
 {

@@ -195,21 +195,48 @@ bool LWFileInterface::ProveRows()
 
     tympan::RunReader reader(FileHandle(), *block_,
                              static_cast<std::uint64_t>(lwDataStartPosition_), length);
-    const tympan::RowWidth width = Width();
-    for (std::uint64_t row = 0; row < places; ++row) {
-        lwFileArray_[row] = reader.Position();
-        placesKnown_ = row + 1;
-        if (placesKnown_ == rows)
-            break;
-        reader.TakeDelimiter();
-        const std::uint64_t pixels =
-            reader.TakeRow(width.toReach, [](const tympan::RunStretch&) {});
-        reader.TakeDelimiter();
-        width.Require(pixels);
+    lwFileArray_[0] = reader.Position();
+    placesKnown_ = 1;
+    while (placesKnown_ < places) {
+        NoteSoundRows(reader, places);
+        if (placesKnown_ < places) {
+            ProveRow(reader);
+            lwFileArray_[placesKnown_++] = reader.Position();
+        }
     }
-    if (placesKnown_ != rows)
-        tympan::ThrowCouldNotRead(); // the file has become longer while it was walked
+    if (placesKnown_ != rows) { // the file can't hold as many, unless it grows while it is walked
+        ProveRow(reader);
+        tympan::ThrowCouldNotRead();
+    }
     return AllocateRowBuffer(tympan::CutToWhole<unsigned int>(2.0 * record.WidthInPixels()));
+}
+
+// Passes rows that are sound, and notes where the ones behind them begin.
+void LWFileInterface::NoteSoundRows(tympan::RunReader& reader, std::uint64_t places)
+{
+    constexpr std::uint64_t kMostAtOnce = 256;
+    std::array<std::uint32_t, kMostAtOnce> lengths{};
+    const tympan::RowWidth width = Width();
+    std::size_t passed = kMostAtOnce;
+    while (passed == kMostAtOnce && width.IsWhole()) {
+        const std::uint64_t wanted = std::min(kMostAtOnce, places - placesKnown_);
+        passed = reader.TakeSoundRows(width.toReach,
+                                      std::span(lengths).first(static_cast<std::size_t>(wanted)));
+        for (const std::uint32_t runs : std::span(lengths).first(passed)) {
+            const std::uint64_t bytes = (runs + tympan::kLwDelimiters) * sizeof(Run);
+            lwFileArray_[placesKnown_] = lwFileArray_[placesKnown_ - 1] + bytes;
+            ++placesKnown_;
+        }
+    }
+}
+
+void LWFileInterface::ProveRow(tympan::RunReader& reader) const
+{
+    const tympan::RowWidth width = Width();
+    reader.TakeDelimiter();
+    const std::uint64_t pixels = reader.TakeRow(width.toReach, [](const tympan::RunStretch&) {});
+    reader.TakeDelimiter();
+    width.Require(pixels);
 }
 
 // ---- what the operations on rows share

@@ -51,6 +51,16 @@ RunStretch RunReader::Take(std::uint64_t wanted, std::size_t expected)
     return stretch;
 }
 
+std::size_t RunReader::TakeSoundRows(std::uint64_t width, std::span<std::uint32_t> lengths)
+{
+    const std::size_t rows = SoundRows(ahead_, width, lengths);
+    std::size_t taken = 0;
+    for (const std::uint32_t runs : lengths.first(rows))
+        taken += runs + kLwDelimiters;
+    ahead_ = ahead_.subspan(taken);
+    return rows;
+}
+
 RunStretch RunReader::TakeInside(std::uint64_t wanted, std::uint64_t end, std::size_t expected)
 {
     if (ahead_.empty())

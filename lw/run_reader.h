@@ -80,6 +80,11 @@ class RunReader {
         return pixels;
     }
 
+    /// Takes sound rows that the block still has, many at a time, as `SoundRows` finds them. The next
+    /// row after them may be sound too: it is taken by itself.
+    /// \return their number.
+    std::size_t TakeSoundRows(std::uint64_t width, std::span<std::uint32_t> lengths);
+
     /// Goes back behind one of the runs of the last stretch, at which the work on it ended.
     void StandBehind(const Run& run)
     {
@@ -112,6 +117,7 @@ struct RowWidth {
     explicit RowWidth(double width)
         : pixels(width), toReach(CutToWhole<std::uint64_t>(std::ceil(width)))
     {}
+    bool IsWhole() const { return static_cast<double>(toReach) == pixels; }
     /// \throws FileCorruptedException* ("Bad row integrity!") for a row of another sum.
     void Require(std::uint64_t sum) const
     {

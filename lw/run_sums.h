@@ -38,6 +38,13 @@ struct RunSumForm {
 /// the plain form.
 std::span<const RunSumForm> RunSumForms();
 
+/// Sound rows that stand one behind the other at the start of `runs`: a delimiter, runs of which the
+/// last is what brings them to exactly `width` pixels, a delimiter. As many as `lengths` takes, which
+/// receives the number of runs of each; there may be more of them than are found.
+/// \return their number.
+std::size_t SoundRows(std::span<const Run> runs, std::uint64_t width,
+                      std::span<std::uint32_t> lengths);
+
 /// Whether each of the runs has an index from 1 to `colours`.
 bool AllNameColours(std::span<const Run> runs, unsigned int colours);
 
