@@ -171,10 +171,10 @@ TEST(LwCases, AColourByItsIndex)
 // ---- opening
 
 struct OpeningCase {
-    const char* name;
-    LwPicture picture;
-    bool opens;
-    unsigned long code;
+    const char* name = "";
+    LwPicture picture{};
+    bool opens = false;
+    unsigned long code = 0;
 };
 
 TEST(LwCases, OpeningProvesAllRowsButTheLast)
