@@ -47,13 +47,12 @@ bool InkValues::HasAll(std::span<const Run> runs) const
 
 std::uint8_t InkValues::Of(const Run& run, RunReader& reader) const
 {
-    if (!HasAll({ &run, 1 })) {
-        const std::uint64_t place = reader.Position();
+    const bool hasPlate =
+        PictureParameters::IsSeparationIndexLegal(static_cast<unsigned int>(separation_));
+    if (!hasPlate || !(IsDelimiter(run) || AllNameColours({ &run, 1 }, colours_))) {
         reader.StandBehind(run);
         RequireSeparation(separation_);
-        if (!IsDelimiter(run))
-            RequireColour(run.index, colours_);
-        reader.GoTo(place);
+        RequireColour(run.index, colours_);
     }
     return values_[run.index];
 }

@@ -10,9 +10,6 @@
 #include <cstddef>
 #include <memory>
 
-class LWFileInterface;
-class VelmarLWFileInterface;
-
 /// Header record of an LW file.
 ///
 /// A row of an LW picture names colours by index, from 1; row index - 1 of `ColorsTable` holds the
@@ -141,9 +138,6 @@ class TYMPAN_API LwPictureParameters : public PictureParameters {
     bool ForceTransparentColorTable(const unsigned char* const colors, unsigned short count);
 
   private:
-    friend class LWFileInterface;
-    friend class VelmarLWFileInterface;
-
     std::array<bool, 255> UsedValues(std::size_t column) const;
 
     unsigned short transparentTableSize_ = 0;
