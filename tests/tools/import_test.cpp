@@ -444,15 +444,17 @@ TEST_F(Import, TakesTheResolutionOfThePicture)
     }
 }
 
+// An import that tells something of its picture, on the way or as it ends.
+struct ToldCase {
+    const char* name;
+    Maker make;
+    std::vector<std::string> options;
+    const char* text;
+};
+
 TEST_F(Import, TellsWhatItDoesNotDo)
 {
-    struct WarningCase {
-        const char* name;
-        Maker make;
-        std::vector<std::string> options;
-        const char* text;
-    };
-    const WarningCase cases[] = {
+    const ToldCase cases[] = {
         { "turned JPEG",
           Jpeg(Rgb(), { .unit = 1, .x = 1, .y = 1, .exif = ExifWith(6, 100) }),
           {},
@@ -464,7 +466,7 @@ TEST_F(Import, TellsWhatItDoesNotDo)
           { "--profile", "x.icc" },
           "no effect" },
     };
-    for (const WarningCase& one : cases) {
+    for (const ToldCase& one : cases) {
         const Outcome outcome = Run(one.make, one.options);
         EXPECT_EQ(outcome.status, 0) << one.name << ": " << outcome.err;
         EXPECT_THAT(outcome.err, HasSubstr(one.text)) << one.name;
@@ -477,19 +479,13 @@ constexpr char kRgbProfile[] = "/usr/share/color/icc/ghostscript/srgb.icc";
 
 TEST_F(Import, RefusesWhatItCanNotTake)
 {
-    struct RefusalCase {
-        const char* name;
-        Maker make;
-        std::vector<std::string> options;
-        const char* text;
-    };
     const auto bytes = [](const std::string& text) {
         return [=](const std::string& path) { WriteFile(path, text); };
     };
     const Maker png = Png(Rgb(), { kRgbPng });
     Samples floats{ kWidth, kHeight, 1, Numbers(std::size_t{ kWidth } * kHeight) };
     Samples fiveInks{ kWidth, kHeight, 5, Numbers(std::size_t{ kWidth } * kHeight * 5) };
-    const RefusalCase cases[] = {
+    const ToldCase cases[] = {
         { "empty file", bytes(""), {}, "is empty" },
         { "a text", bytes("not a picture at all"), {}, "JPEG, PNG or TIFF" },
         { "the start of a PNG alone", bytes("\x89PNG\r\n\x1A\n"), {}, "ends too early" },
@@ -513,7 +509,7 @@ TEST_F(Import, RefusesWhatItCanNotTake)
         { "a profile that isn't one", png, { "--profile", "/proc/self/status" }, "profile" },
         { "an RGB profile", png, { "--profile", kRgbProfile }, "CMYK" },
     };
-    for (const RefusalCase& one : cases) {
+    for (const ToldCase& one : cases) {
         const Outcome outcome = Run(one.make, one.options);
         EXPECT_EQ(outcome.status, 1) << one.name << ": " << outcome.err;
         EXPECT_THAT(outcome.err, HasSubstr(one.text)) << one.name;
