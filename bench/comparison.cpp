@@ -83,6 +83,16 @@ std::string Ratio(std::optional<double> ratio)
     return text;
 }
 
+std::string Time(double seconds)
+{
+    char text[32] = "";
+    if (seconds < 1e-4)
+        std::snprintf(text, sizeof text, "%.2f us", seconds * 1e6);
+    else
+        std::snprintf(text, sizeof text, "%.2f ms", seconds * 1e3);
+    return text;
+}
+
 } // namespace
 
 double SecondsOf(const Contender& contender)
@@ -130,8 +140,8 @@ void FigureReporter::PrintTable() const
     std::fprintf(out_, "%-60s %12s %12s %6s %6s\n", "what", "limit", "library", "ratio", "wanted");
     for (const Figure& figure : figures_)
         if (figure.failure.empty())
-            std::fprintf(out_, "%-60s %9.2f ms %9.2f ms %6s %6s\n", figure.what.c_str(),
-                         figure.limit * 1e3, figure.measured * 1e3,
+            std::fprintf(out_, "%-60s %12s %12s %6s %6s\n", figure.what.c_str(),
+                         Time(figure.limit).c_str(), Time(figure.measured).c_str(),
                          Ratio(figure.limit / figure.measured).c_str(),
                          Ratio(figure.wanted).c_str());
         else

@@ -36,10 +36,15 @@ void RawFile::ReadAt(std::uint64_t position, std::span<std::uint8_t> bytes) cons
     Require(held == static_cast<ssize_t>(bytes.size()), "the picture can't be read");
 }
 
-void RawFile::ReadThrough(std::uint64_t size, std::span<std::uint8_t> block) const
+void RawFile::ReadThrough(std::uint64_t size, std::span<std::uint8_t> block,
+                          const std::function<void(std::span<const std::uint8_t>)>& use) const
 {
-    for (std::uint64_t position = 0; position < size; position += block.size())
-        ReadAt(position, block.first(std::min<std::uint64_t>(block.size(), size - position)));
+    for (std::uint64_t position = 0; position < size; position += block.size()) {
+        const auto part = block.first(std::min<std::uint64_t>(block.size(), size - position));
+        ReadAt(position, part);
+        if (use)
+            use(part);
+    }
 }
 
 std::uint64_t RawFile::Length() const

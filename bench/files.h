@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <span>
 #include <string>
 #include <vector>
@@ -26,8 +27,10 @@ class RawFile {
 
     /// Fills `bytes` by one call of the system, or throws.
     void ReadAt(std::uint64_t position, std::span<std::uint8_t> bytes) const;
-    /// Reads `size` bytes from the start on, as many at a time as `block` has.
-    void ReadThrough(std::uint64_t size, std::span<std::uint8_t> block) const;
+    /// Reads `size` bytes from the start on, as many at a time as `block` has, and hands them to `use`,
+    /// if there is one.
+    void ReadThrough(std::uint64_t size, std::span<std::uint8_t> block,
+                     const std::function<void(std::span<const std::uint8_t>)>& use = {}) const;
     std::uint64_t Length() const;
     /// Has the system write out the file's pages and then forget them.
     void DropPages() const;

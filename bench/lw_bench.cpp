@@ -47,6 +47,13 @@ class Group {
                    [=, picture = picture_, folder = folder_] { return sides(picture(), folder); },
                    wanted, kRounds });
     }
+    void AddHuge(const std::string& what, Sides (*sides)(const Picture&, const std::string&)) const
+    {
+        Register({ name_ + std::to_string(kHugeRows) + " rows, " + what,
+                   [=, picture = picture_, folder = folder_] { return sides(picture(), folder); },
+                   {},
+                   kRounds });
+    }
     void AddPeer(const std::string& what, const PeerOfRows& peer, Opened opened,
                  std::optional<double> wanted = {}) const
     {
@@ -73,6 +80,8 @@ void RegisterKind(const Kind& kind, const std::string& folder)
     group.AddPeer("opening and rows", kGdal, Opened::Timed);
     group.AddPeer("1000 rows", kMagick, Opened::Before);
     group.Add("run stream / memcpy", Streaming, 0.25);
+    group.Add("index stream / pread and memcpy", StreamingIndexes, 0.3);
+    group.AddHuge("opening by the header / opening", OpeningByHeader);
     group.AddCrop("crop of the middle", CropMiddle, 0.7);
     group.AddCrop("crop, full width", CropFullWidth);
     group.Add("validity check / pread", Checking);

@@ -53,8 +53,12 @@ LwPicture::LwPicture(const std::string& path, PictureSize size, double meanRun)
 
 std::uint64_t LwPicture::FileBytes() const
 {
-    return static_cast<std::uint64_t>(LwFirstRow(kColours)) + runs_.size() * sizeof(Run) +
-           size_.height * kLwDelimiterBytes * 2;
+    return static_cast<std::uint64_t>(LwFirstRow(kColours)) + RowBytes();
+}
+
+std::size_t LwPicture::RowBytes() const
+{
+    return runs_.size() * sizeof(Run) + size_.height * kLwDelimiterBytes * kLwDelimiters;
 }
 
 std::span<const Run> LwPicture::Row(unsigned int row) const

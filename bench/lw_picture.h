@@ -25,6 +25,7 @@ class LwPicture {
     const std::string& Path() const { return path_; }
     PictureSize Size() const { return size_; }
     std::uint64_t FileBytes() const;
+    std::size_t RowBytes() const; ///< of all rows, delimiters included
     std::span<const Run> Row(unsigned int row) const;
     /// The value of a colour in the measured plate.
     static std::uint8_t Ink(std::uint8_t index);

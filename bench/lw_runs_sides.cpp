@@ -34,15 +34,6 @@ Contender FastestBlock(Make&& make)
     return Fastest(contenders);
 }
 
-Contender ReadingInBlocks(const Picture& picture)
-{
-    const auto file = std::make_shared<RawFile>(picture->Path());
-    return FastestBlock([&](std::size_t size) {
-        const auto block = std::make_shared<std::vector<std::uint8_t>>(TouchedMemory(size));
-        return Contender{ [=] { file->ReadThrough(picture->FileBytes(), *block); } };
-    });
-}
-
 Contender WritingInBlocks(const std::string& path, std::vector<std::uint8_t> bytes)
 {
     const auto kept = std::make_shared<const std::vector<std::uint8_t>>(std::move(bytes));
@@ -163,6 +154,16 @@ Sides Crop(const Picture& picture, const Kept& kept, const std::string& folder)
 }
 
 } // namespace
+
+Contender ReadingInBlocks(const Picture& picture,
+                          const std::function<void(std::span<const std::uint8_t>)>& use)
+{
+    const auto file = std::make_shared<RawFile>(picture->Path());
+    return FastestBlock([&](std::size_t size) {
+        const auto block = std::make_shared<std::vector<std::uint8_t>>(TouchedMemory(size));
+        return Contender{ [=] { file->ReadThrough(picture->FileBytes(), *block, use); } };
+    });
+}
 
 std::unique_ptr<LWFileInterface> Open(const LwPicture& picture)
 {

@@ -39,6 +39,19 @@ Sides CountingRoom(const Picture& picture);
 /// The placing run stream of the whole picture, against copying its bytes.
 Sides Streaming(const Picture& picture);
 
+/// The stream of colour indexes of the whole file, against reading its rows in blocks and copying them.
+Sides StreamingIndexes(const Picture& picture);
+
+/// Opening by the header, against the opening that walks the rows, of a file in `folder` that has the
+/// picture's rows many times.
+inline constexpr unsigned int kHugeRows = 8 * kLwSize.height;
+Sides OpeningByHeader(const Picture& picture, const std::string& folder);
+
+/// A contender that reads the picture's file through, in blocks of the size that is fastest, and hands
+/// each to `use`.
+Contender ReadingInBlocks(const Picture& picture,
+                          const std::function<void(std::span<const std::uint8_t>)>& use = {});
+
 /// Against writing the bytes of the crop in blocks to a new file. Both make theirs in `folder`.
 Sides CropMiddle(const Picture& picture, const std::string& folder);
 Sides CropFullWidth(const Picture& picture, const std::string& folder);

@@ -5,25 +5,36 @@
 #include "platform/text.h"
 
 #include <memory>
+#include <utility>
 
 namespace tympan {
 
-/// Opens the object that `make` gives in a smart pointer on a file, and gives it to the caller, also
-/// when its opening failed: the object tells. Null when making or opening it threw a file or memory
-/// failure.
-template <typename Make>
-auto* CreateOpened(Make&& make, const CString& fileName, bool inputFile)
+/// Gives the caller the object that `make` gives in a smart pointer, if `open(object)` says that it
+/// is to be kept. Null otherwise, and when making or opening it threw a file or memory failure.
+template <typename Make, typename Open>
+auto* CreateIfKept(Make&& make, Open&& open)
 {
     static constexpr FailureRow kNothingMade[] = {
         { Caught::File, 0, nullptr },
         { Caught::Memory, 0, nullptr },
     };
     decltype(make()) picture;
-    const bool made = Guarded(NoTrace(), kNothingMade, [&] {
+    bool kept = false;
+    Guarded(NoTrace(), kNothingMade, [&] {
         picture = make();
-        picture->OpenPictureFile(fileName, inputFile, false, nullptr);
+        kept = open(*picture);
     });
-    return made ? picture.release() : nullptr;
+    return kept ? picture.release() : nullptr;
+}
+
+/// The same for an object that is kept also when its opening failed: the object tells.
+template <typename Make>
+auto* CreateOpened(Make&& make, const CString& fileName, bool inputFile)
+{
+    return CreateIfKept(std::forward<Make>(make), [&](auto& picture) {
+        picture.OpenPictureFile(fileName, inputFile, false, nullptr);
+        return true;
+    });
 }
 
 } // namespace tympan

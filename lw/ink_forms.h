@@ -5,7 +5,9 @@
 #include "core/pixel_colour.h"
 #include "lw/run_sums.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <span>
 
 namespace tympan {
@@ -20,6 +22,17 @@ inline std::uint8_t* StoreRun(std::uint8_t value, std::uint8_t length, RunOrder 
     out[order == RunOrder::ColourFirst ? 0 : 1] = value;
     out[order == RunOrder::ColourFirst ? 1 : 0] = length;
     return out + sizeof(Run);
+}
+
+/// Stores the bytes of the runs at `out`, which moves on.
+inline void CopyRuns(std::span<const Run> runs, RunOrder order, std::uint8_t*& out)
+{
+    if (order == RunOrder::ColourFirst && !runs.empty())
+        std::memcpy(out, runs.data(), runs.size_bytes());
+    if (order == RunOrder::LengthFirst)
+        for (std::size_t i = 0; i < runs.size(); ++i)
+            StoreRun(runs[i].index, runs[i].length, RunOrder::LengthFirst, out + sizeof(Run) * i);
+    out += runs.size_bytes();
 }
 
 /// Both ways by one set of the processor's instructions.

@@ -6,6 +6,7 @@
 
 namespace tympan {
 
+inline constexpr char kLwNotOpened[] = "LWInterface:\n Error Opening LineWork file, aborting!";
 inline constexpr char kLwNotExtracted[] =
     "LWInterface: Error Extracting LineWork RawBuffer, aborting!";
 
@@ -15,5 +16,15 @@ inline constexpr FailureRow kLwRowFailures[] = {
     { Caught::File, code::kFileFailed, nullptr },
     { Caught::Anything, code::kLwUnexpected, kLwNotExtracted },
 };
+
+/// Of the sizes of run streams.
+inline constexpr FailureRow kLwSizeFailures[] = {
+    { Caught::Anything, code::kFileFailed,
+      "LWInterface: Error counting LW buffer size, aborting!" },
+};
+
+/// A file that can't be opened or whose header is refused.
+inline constexpr FailureRow kLwFileRefused{ Caught::Anything, code::kFileFailed,
+                                            "LW File Interface:\n:Error Opening file, aborting!" };
 
 } // namespace tympan

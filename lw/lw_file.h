@@ -10,8 +10,12 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <span>
+
+class VelmarLWFileInterface;
 
 namespace tympan {
+struct FailureRow;
 struct Format;
 Format LwFormat();
 struct PlacedRows;
@@ -283,12 +287,14 @@ class TYMPAN_API LWFileInterface : public PictureFileInterface {
 
   private:
     friend LWFileInterface* create_lw_file_object(const CString& fileName, bool inputFile);
+    friend VelmarLWFileInterface; // the same rows, read without their places
     friend tympan::Format tympan::LwFormat();
 
     const LwPictureParameters& LwRecord() const;
     tympan::RowWidth Width() const;
     std::uint64_t MostRows(std::uint64_t fileLength) const;
     bool ProveRows();
+    bool ProveRowsOrClose(std::span<const tympan::FailureRow> failures);
     void NoteSoundRows(tympan::RunReader& reader, std::uint64_t places);
     void ProveRow(tympan::RunReader& reader) const;
     bool CloseUnlessSound(bool sound);
@@ -307,7 +313,12 @@ class TYMPAN_API LWFileInterface : public PictureFileInterface {
     std::uint64_t CompletionOf(unsigned int copies, unsigned long whiteGap) const;
     template <typename Store>
     void PlaceRow(tympan::RunReader& reader, tympan::PlacedRows& rows, Store&& store);
+    template <typename ForRows, typename Store>
+    void PlaceRows(tympan::PlacedRows& rows, ForRows&& forRows, Store&& store);
     std::uint64_t BytesBesideRuns(unsigned int copies, unsigned long whiteGap, bool complete) const;
+    template <typename ForRows>
+    unsigned long SizeOfRows(unsigned int copies, std::uint64_t bytesBeside,
+                             ForRows&& forRows) const;
 
     int lwDataStartPosition_;
     std::unique_ptr<unsigned long long[]> lwFileArray_;

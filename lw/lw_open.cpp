@@ -6,6 +6,7 @@
 #include "core/header_text.h"
 #include "core/whole_numbers.h"
 #include "lw/lw_check.h"
+#include "lw/lw_failures.h"
 #include "lw/lw_file.h"
 #include "lw/lw_layout.h"
 #include "lw/run_reader.h"
@@ -27,12 +28,8 @@ constexpr int kNoRowsYet = 255;
 
 constexpr FailureRow kProvingFailures[] = {
     { Caught::FileCorrupted, tympan::code::kLwCorrupted, nullptr },
-    { Caught::Anything, tympan::code::kFileFailed,
-      "LWInterface:\n Error Opening LineWork file, aborting!" },
+    { Caught::Anything, tympan::code::kFileFailed, tympan::kLwNotOpened },
 };
-
-constexpr FailureRow kNotOpened{ Caught::Anything, tympan::code::kFileFailed,
-                                 "LW File Interface:\n:Error Opening file, aborting!" };
 
 constexpr FailureRow kShortFile[] = { { Caught::ReadFile, 0, nullptr } };
 
@@ -143,7 +140,7 @@ bool LWFileInterface::OpenPictureFile(const CString& fileName, bool inputFile, b
 void LWFileInterface::TakeNotOpened()
 {
     if (TraceStatus() != 0)
-        Failures().Leave(kNotOpened);
+        Failures().Leave(tympan::kLwFileRefused);
     ClosePictureFile();
     PictureParameters& record = *PictureParams();
     record.BitsPerSample(8);
@@ -154,9 +151,13 @@ void LWFileInterface::TakeNotOpened()
 
 bool LWFileInterface::FileValidityCheck()
 {
+    return ProveRowsOrClose(kProvingFailures);
+}
+
+bool LWFileInterface::ProveRowsOrClose(tympan::FailureTable failures)
+{
     bool sound = false;
-    const bool cameBack =
-        tympan::Guarded(Failures(), kProvingFailures, [&] { sound = ProveRows(); });
+    const bool cameBack = tympan::Guarded(Failures(), failures, [&] { sound = ProveRows(); });
     return CloseUnlessSound(cameBack && sound);
 }
 

@@ -164,8 +164,7 @@ unsigned int LWFileInterface::GetOriginalPictureRow(unsigned char* buffer, unsig
         const RunOrder order = lengthFirst ? RunOrder::LengthFirst : RunOrder::ColourFirst;
         std::uint8_t* out = StoreRun(0, 0, order, buffer);
         const std::uint64_t pixels = reader.TakeRow(width.toReach, [&](const RunStretch& stretch) {
-            for (const Run run : stretch.runs)
-                out = StoreRun(run.index, run.length, order, out);
+            tympan::CopyRuns(stretch.runs, order, out);
             runs += stretch.runs.size();
         });
         reader.TakeDelimiter();

@@ -1,4 +1,5 @@
 // The rows of an LW file as a stream of runs of one separation, and the room that it takes.
+#include "core/failure_guard.h"
 #include "core/failures.h"
 #include "core/whole_numbers.h"
 #include "lw/ink_values.h"
@@ -8,13 +9,8 @@
 #include "lw/row_range.h"
 #include "lw/run_reader.h"
 
-#include <limits>
-#include <optional>
-
 namespace {
 
-using tympan::Caught;
-using tympan::FailureRow;
 using tympan::kLongestRun;
 using tympan::RunOrder;
 using tympan::StoreRun;
@@ -22,16 +18,6 @@ using tympan::StoreRun;
 constexpr std::uint64_t kWholeWidth = 4096; // rows of a placing stream are a multiple of it wide
 constexpr std::uint8_t kFullRun = 255;
 static_assert(kFullRun == kLongestRun);
-
-constexpr FailureRow kSizeFailures[] = {
-    { Caught::Anything, tympan::code::kFileFailed,
-      "LWInterface: Error counting LW buffer size, aborting!" },
-};
-
-RunOrder OrderOf(bool colorFirst)
-{
-    return colorFirst ? RunOrder::ColourFirst : RunOrder::LengthFirst;
-}
 
 // A stretch of one colour as runs: full ones, and one for the rest.
 struct FullRuns {
@@ -64,13 +50,6 @@ bool IsDividedCompletion(const FullRuns& white, std::uint64_t runsBefore)
     return white.count != 0 && (runsBefore + white.Records()) % 2 == 0;
 }
 
-std::uint64_t Required(std::optional<std::uint64_t> size)
-{
-    if (!size)
-        throw new OutOfRangeException;
-    return *size;
-}
-
 unsigned long RowBehind(unsigned int firstRow, unsigned int lastRow)
 {
     return firstRow > lastRow ? firstRow : lastRow + 1UL;
@@ -85,7 +64,7 @@ unsigned long LWFileInterface::GetLWPictureRows(unsigned char* buffer, unsigned 
                                                 bool lengthFirst)
 {
     const bool cameBack = tympan::Guarded(Failures(), tympan::kLwRowFailures, [&] {
-        const RunOrder order = OrderOf(!lengthFirst);
+        const RunOrder order = tympan::OrderOf(!lengthFirst);
         const tympan::InkValues inks(LwRecord(), separation);
         unsigned char run[2] = {};
         unsigned char& value = run[lengthFirst ? 1 : 0];
@@ -138,17 +117,13 @@ unsigned long LWFileInterface::GetLWPictureRows(unsigned char*& buffer, unsigned
                                                 unsigned char white, unsigned long, bool colorFirst)
 {
     const bool cameBack = tympan::Guarded(Failures(), tympan::kLwRowFailures, [&] {
-        if (copies == 0)
-            throw new OutOfRangeException;
         const tympan::InkValues inks(LwRecord(), separation);
         tympan::PlacedRows rows{ Width(),  buffer, rowOffsets, baseOffset,
-                                 whiteGap, copies, white,      OrderOf(colorFirst) };
-        rows.isExact = CompletionOf(copies, whiteGap) == 0;
-        ForEachRow(
-            firstRow, lastRow + std::uint64_t{ 1 }, [&](tympan::RunReader& reader, std::uint64_t) {
-                PlaceRow(reader, rows, [&](std::span<const tympan::Run> runs, std::uint8_t*& out) {
-                    inks.Translate(runs, rows.order, out, reader);
-                });
+                                 whiteGap, copies, white,      tympan::OrderOf(colorFirst) };
+        PlaceRows(
+            rows, [&](auto&& place) { ForEachRow(firstRow, lastRow + std::uint64_t{ 1 }, place); },
+            [&](std::span<const tympan::Run> runs, std::uint8_t*& out, tympan::RunReader& reader) {
+                inks.Translate(runs, rows.order, out, reader);
             });
     });
     return cameBack ? RowBehind(firstRow, lastRow) : 0;
@@ -158,7 +133,7 @@ unsigned long LWFileInterface::AddWhiteColsGap(unsigned long whiteGap, unsigned 
                                                unsigned char white, bool lengthFirst)
 {
     const FullRuns gap(whiteGap);
-    const RunOrder order = OrderOf(!lengthFirst);
+    const RunOrder order = tympan::OrderOf(!lengthFirst);
     buffer = StoreFullRuns(white, gap.count, order, buffer);
     buffer = StoreRest(white, gap.rest, order, buffer);
     return static_cast<unsigned long>(gap.Bytes());
@@ -179,7 +154,7 @@ unsigned long LWFileInterface::CompleteLineTo4096(unsigned char*& buffer, unsign
                                                   unsigned long runs, bool colorFirst)
 {
     const FullRuns completion(CompletionOf(copies, whiteGap));
-    const RunOrder order = OrderOf(colorFirst);
+    const RunOrder order = tympan::OrderOf(colorFirst);
     const unsigned char* const start = buffer;
     const bool isDivided = IsDividedCompletion(completion, runs);
     buffer = StoreFullRuns(white, completion.count - (isDivided ? 1 : 0), order, buffer);
@@ -191,47 +166,33 @@ unsigned long LWFileInterface::CompleteLineTo4096(unsigned char*& buffer, unsign
     return static_cast<unsigned long>(buffer - start);
 }
 
-// What a row of the placing form has beside its copies: completion, gaps, and what dividing runs for
-// the sake of even records can add.
+// What a row of the placing form has beside its copies: completion, gaps, and what dividing the last
+// run of each copy can add.
 std::uint64_t LWFileInterface::BytesBesideRuns(unsigned int copies, unsigned long whiteGap,
                                                bool complete) const
 {
-    std::uint64_t bytes = Required(tympan::Product(copies - 1U, FullRuns(whiteGap).Bytes()));
+    const std::uint64_t gaps =
+        tympan::Required(tympan::Product(copies - 1U, FullRuns(whiteGap).Bytes()));
     if (!complete)
-        return bytes;
+        return gaps;
     const FullRuns completion(CompletionOf(copies, whiteGap));
-    std::uint64_t more = completion.Bytes();
-    if (completion.Records() == 0)
-        more += std::uint64_t{ copies } * sizeof(tympan::Run);
-    else if (completion.Records() % 2 == 0)
-        more += sizeof(tympan::Run);
-    return Required(tympan::Sum(bytes, more));
+    const std::uint64_t divided =
+        completion.Records() == 0 ? std::uint64_t{ copies } * sizeof(tympan::Run) : 0;
+    return tympan::Required(tympan::Sum(gaps, completion.Bytes() + divided));
 }
 
 unsigned long LWFileInterface::GetLWBufferSize(unsigned int firstRow, unsigned int lastRow,
                                                unsigned int copies, unsigned long whiteGap,
                                                bool complete)
 {
-    std::uint64_t total = 0;
-    const bool cameBack = tympan::Guarded(Failures(), kSizeFailures, [&] {
-        if (copies == 0)
-            throw new OutOfRangeException;
-        const tympan::RowWidth width = Width();
-        const std::uint64_t beside = BytesBesideRuns(copies, whiteGap, complete);
-        ForEachRow(firstRow, lastRow + std::uint64_t{ 1 },
-                   [&](tympan::RunReader& reader, std::uint64_t) {
-                       std::uint64_t bytes = 0;
-                       reader.TakeRow(width.toReach, [&](const tympan::RunStretch& stretch) {
-                           bytes += stretch.runs.size_bytes();
-                       });
-                       if (bytes == 0) // a width of 0: nothing was passed over
-                           bytes = 2 * tympan::kLwDelimiterBytes;
-                       bytes = Required(tympan::Product(copies, bytes));
-                       total = Required(tympan::Sum(total, Required(tympan::Sum(bytes, beside))));
-                   });
-        total = Required(tympan::Sum(total, 2 * tympan::kLwDelimiterBytes));
-        if (total > std::numeric_limits<unsigned long>::max())
-            throw new OutOfRangeException;
+    unsigned long size = 0;
+    tympan::Guarded(Failures(), tympan::kLwSizeFailures, [&] {
+        std::uint64_t beside = BytesBesideRuns(copies, whiteGap, complete);
+        if (complete && IsDividedCompletion(FullRuns(CompletionOf(copies, whiteGap)), 0))
+            beside = tympan::Required(tympan::Sum(beside, sizeof(tympan::Run)));
+        size = SizeOfRows(copies, beside, [&](auto&& measure) {
+            ForEachRow(firstRow, lastRow + std::uint64_t{ 1 }, measure);
+        });
     });
-    return cameBack ? static_cast<unsigned long>(total) : 0;
+    return size;
 }

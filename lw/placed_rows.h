@@ -1,14 +1,17 @@
-// The placing run stream: what every row of it goes through, whatever the bytes that stand for the
-// colours of its runs.
+// The placing run stream and its size: what every row goes through, whatever the bytes that stand for
+// the colours of its runs, and however the rows are found.
 #pragma once
 
 #include "core/failures.h"
-#include "lw/ink_values.h"
+#include "core/whole_numbers.h"
+#include "lw/ink_forms.h"
 #include "lw/lw_file.h"
 #include "lw/run_reader.h"
 
 #include <algorithm>
 #include <cstdint>
+#include <limits>
+#include <optional>
 #include <span>
 
 namespace tympan {
@@ -32,6 +35,19 @@ inline std::uint64_t RunsWithPixels(std::span<const Run> runs)
 {
     return static_cast<std::uint64_t>(
         std::count_if(runs.begin(), runs.end(), [](Run run) { return run.length != 0; }));
+}
+
+inline RunOrder OrderOf(bool colorFirst)
+{
+    return colorFirst ? RunOrder::ColourFirst : RunOrder::LengthFirst;
+}
+
+/// A size that its type holds. \throws OutOfRangeException* for one that it doesn't.
+inline std::uint64_t Required(std::optional<std::uint64_t> size)
+{
+    if (!size)
+        throw new OutOfRangeException;
+    return *size;
 }
 
 } // namespace tympan
@@ -95,4 +111,48 @@ void LWFileInterface::PlaceRow(tympan::RunReader& reader, tympan::PlacedRows& ro
     reader.TakeDelimiter();
     rows.buffer = tympan::StoreRun(0, 0, rows.order, rows.buffer);
     rows.written += 2 * tympan::kLwDelimiterBytes;
+}
+
+/// Appends rows to the stream. `forRows(work)` calls `work(reader, row)` for each of them, with a reader
+/// that stands at the row; `store(runs, out, reader)` stores runs of the reader's last stretch at `out`,
+/// which moves on. \throws OutOfRangeException* for no copy at all, and what the two throw.
+template <typename ForRows, typename Store>
+void LWFileInterface::PlaceRows(tympan::PlacedRows& rows, ForRows&& forRows, Store&& store)
+{
+    if (rows.copies == 0)
+        throw new OutOfRangeException;
+    rows.isExact = CompletionOf(rows.copies, rows.whiteGap) == 0;
+    forRows([&](tympan::RunReader& reader, std::uint64_t) {
+        PlaceRow(reader, rows, [&](std::span<const tympan::Run> runs, std::uint8_t*& out) {
+            store(runs, out, reader);
+        });
+    });
+}
+
+/// The room that rows take in the stream, each with `bytesBeside` in addition to its copies.
+/// \throws OutOfRangeException* for no copy at all and a size that its type can't hold, and what
+///   `forRows` throws.
+template <typename ForRows>
+unsigned long LWFileInterface::SizeOfRows(unsigned int copies, std::uint64_t bytesBeside,
+                                          ForRows&& forRows) const
+{
+    using tympan::Required;
+    if (copies == 0)
+        throw new OutOfRangeException;
+    const tympan::RowWidth width = Width();
+    std::uint64_t total = 0;
+    forRows([&](tympan::RunReader& reader, std::uint64_t) {
+        std::uint64_t bytes = 0;
+        reader.TakeRow(width.toReach, [&](const tympan::RunStretch& stretch) {
+            bytes += stretch.runs.size_bytes();
+        });
+        if (bytes == 0) // a width of 0: nothing was passed over
+            bytes = 2 * tympan::kLwDelimiterBytes;
+        bytes = Required(tympan::Product(copies, bytes));
+        total = Required(tympan::Sum(total, Required(tympan::Sum(bytes, bytesBeside))));
+    });
+    total = Required(tympan::Sum(total, 2 * tympan::kLwDelimiterBytes));
+    if (total > std::numeric_limits<unsigned long>::max())
+        throw new OutOfRangeException;
+    return static_cast<unsigned long>(total);
 }

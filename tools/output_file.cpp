@@ -121,11 +121,6 @@ std::string TemporaryName(const std::string& target)
     return target.substr(0, target.rfind('/') + 1) + name;
 }
 
-int MakeNew(const std::string& path)
-{
-    return open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-}
-
 // A file that takes the place of another has its mode, where that can be had.
 void KeepMode(const std::string& replaced, int file)
 {
@@ -158,23 +153,44 @@ void SynchroniseFolder(const std::string& path)
 
 } // namespace
 
-OutputFile::OutputFile(const std::string& path, const std::string& input) : path_(path)
+OutputFile::OutputFile(const std::string& path, const std::string& input,
+                       const std::string& extension)
+    : path_(path)
 {
     RequireReplaceable(path, input);
     target_ = BehindLinks(path);
     const SignalsHeld held;
-    int file = -1;
     do {
-        writingPath_ = TemporaryName(target_);
-        file = MakeNew(writingPath_);
-    } while (file < 0 && errno == EEXIST);
+        writingPath_ = TemporaryName(target_) + extension;
+    } while (!MakeTemporary());
+}
+
+OutputFile::OutputFile(const std::string& path, const std::string& input, const OutputFile& partner,
+                       const std::string& extension)
+    : path_(path)
+{
+    RequireReplaceable(path, input);
+    target_ = BehindLinks(path);
+    const std::string& name = partner.writingPath_;
+    writingPath_ = name.substr(0, name.rfind('.')) + extension;
+    const SignalsHeld held;
+    if (!MakeTemporary())
+        throw SystemFailure(path, EEXIST);
+}
+
+// False when there is a file of that name. The signals are held.
+bool OutputFile::MakeTemporary()
+{
+    const int file = open(writingPath_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (file < 0 && errno == EEXIST)
+        return false;
     if (file < 0)
-        throw SystemFailure(path, errno,
-                            "The folder must exist and you must be able to write in "
-                            "it.");
+        throw SystemFailure(path_, errno,
+                            "The folder must exist and you must be able to write in it.");
     KeepMode(target_, file);
     close(file);
     RememberForSignals(writingPath_);
+    return true;
 }
 
 OutputFile::~OutputFile()

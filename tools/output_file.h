@@ -12,10 +12,15 @@ class OutputFile {
   public:
     /// Makes the temporary file, empty.
     /// \param input the file that is read meanwhile, which the output may not be
+    /// \param extension how the temporary name ends, point included
     /// \throws UsageFailure when the output is the input; FileFailure when it can't be made, or
-    /// what
-    ///   is there is no plain file or may not be written.
-    OutputFile(const std::string& path, const std::string& input);
+    ///   what is there is no plain file or may not be written.
+    OutputFile(const std::string& path, const std::string& input,
+               const std::string& extension = {});
+    /// The same for a file whose temporary name the library makes of another output's, by putting
+    /// `extension` in place of that one's.
+    OutputFile(const std::string& path, const std::string& input, const OutputFile& partner,
+               const std::string& extension);
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
     ~OutputFile();
@@ -30,6 +35,8 @@ class OutputFile {
     void Commit();
 
   private:
+    bool MakeTemporary();
+
     std::string path_;
     std::string target_; // the path behind symbolic links
     std::string writingPath_;

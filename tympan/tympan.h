@@ -10,6 +10,7 @@
 #include "ct/ct_file.h"
 #include "lw/lw_file.h"
 #include "lw/lw_parameters.h"
+#include "lw_variant/velmar_lw_file.h"
 #include "platform/array.h"
 #include "platform/file.h"
 #include "platform/gdi.h"

@@ -1,0 +1,140 @@
+// Makes, reads and recognises the side file of line work.
+#include "lw_variant/lw_side_file.h"
+
+#include "core/failure_guard.h"
+#include "lw_variant/velmar_lw_file.h"
+
+#include <algorithm>
+#include <charconv>
+#include <limits>
+#include <memory>
+
+namespace {
+
+using tympan::Caught;
+using tympan::FailureRow;
+
+// What is left of a side file when it can't be written whole would tell a size of fewer digits.
+class CutUnlessWhole {
+  public:
+    explicit CutUnlessWhole(CFile& file) : file_(file) {}
+    CutUnlessWhole(const CutUnlessWhole&) = delete;
+    CutUnlessWhole& operator=(const CutUnlessWhole&) = delete;
+    ~CutUnlessWhole()
+    {
+        static constexpr FailureRow kNoCut[] = { { Caught::Anything, 0, nullptr } };
+        if (!isWhole_)
+            tympan::Guarded(tympan::NoTrace(), kNoCut, [&] { file_.SetLength(0); });
+    }
+
+    void IsWhole() { isWhole_ = true; }
+
+  private:
+    CFile& file_;
+    bool isWhole_ = false;
+};
+
+// Creating a file empties it; where sharing is kept to, the open picture can't be created anew.
+void RequireOtherFile(const CString& path, const CString& pictureName, const CFile& picture)
+{
+    if (path != pictureName && path != picture.GetFilePath())
+        return;
+    auto failure = std::make_unique<CFileException>();
+    failure->m_cause = CFileException::sharingViolation;
+    failure->m_strFileName = path;
+    throw failure.release();
+}
+
+bool IsBlank(char character)
+{
+    return character == ' ' || (character >= '\t' && character <= '\r');
+}
+
+bool IsDigit(char character)
+{
+    return character >= '0' && character <= '9';
+}
+
+} // namespace
+
+namespace tympan {
+
+CString LwSideFileName(const CString& pictureName)
+{
+    return pictureName.Left(pictureName.ReverseFind('.')) + ".bin";
+}
+
+std::uint32_t KeptLwSize(std::uint64_t size)
+{
+    return size <= std::numeric_limits<std::uint32_t>::max() ? static_cast<std::uint32_t>(size) : 0;
+}
+
+LwSideFileContent LwSideFileOf(std::uint64_t size)
+{
+    LwSideFileContent content{};
+    std::to_chars(content.data(), content.data() + content.size(),
+                  static_cast<std::int32_t>(KeptLwSize(size)));
+    return content;
+}
+
+std::uint32_t LwSizeIn(std::string_view content)
+{
+    const auto* const end = content.data() + content.size();
+    const auto* start = std::find_if_not(content.data(), end, IsBlank);
+    if (start != end && *start == '+')
+        start += start + 1 != end && IsDigit(start[1]) ? 1 : 0;
+    std::int64_t number = 0;
+    const bool isNumber = std::from_chars(start, end, number).ec == std::errc();
+    const bool isHeld = number >= std::numeric_limits<std::int32_t>::min() &&
+                        number <= std::numeric_limits<std::uint32_t>::max();
+    return isNumber && isHeld ? static_cast<std::uint32_t>(number) : 0;
+}
+
+bool IsLwSideFile(std::string_view content)
+{
+    if (content.empty())
+        return true;
+    const std::string_view text = content.substr(0, content.find('\0'));
+    const std::string_view digits = text.substr(text.starts_with('-') ? 1 : 0);
+    return content.size() == kLwSideFileBytes && !digits.empty() &&
+           std::all_of(digits.begin(), digits.end(), IsDigit) &&
+           content.find_first_not_of('\0', text.size()) == std::string_view::npos;
+}
+
+} // namespace tympan
+
+unsigned long VelmarLWFileInterface::CreateLwBinFile(CString& fileName, bool readExisting,
+                                                     bool& fileIsValid)
+{
+    const CString path = tympan::LwSideFileName(fileName);
+    if (!readExisting) {
+        RequireOtherFile(path, fileName, FileHandle());
+        MakeSideFile(path, fileIsValid);
+        return 0;
+    }
+    CFile file;
+    if (file.Open(path, CFile::modeRead | CFile::shareDenyWrite)) {
+        tympan::LwSideFileContent content{};
+        const unsigned int read = file.Read(content.data(), content.size());
+        file.Close();
+        if (const std::uint32_t size = tympan::LwSizeIn({ content.data(), read }))
+            return size;
+    }
+    return GetLWBufferSize();
+}
+
+void VelmarLWFileInterface::MakeSideFile(const CString& path, bool& fileIsValid)
+{
+    CFile file(path, CFile::modeCreate | CFile::modeWrite);
+    CutUnlessWhole uncut(file);
+    fileIsValid = FileValidityCheck();
+    if (fileIsValid) {
+        GetLWBufferSize();
+        const LwPictureParameters* const record = GetLwPictureParams();
+        const tympan::LwSideFileContent content =
+            tympan::LwSideFileOf(record != nullptr ? record->LwFileSize() : 0);
+        file.Write(content.data(), content.size());
+    }
+    uncut.IsWhole();
+    file.Close();
+}
