@@ -3,11 +3,15 @@
 
 #include "core/failure_guard.h"
 #include "lw_variant/velmar_lw_file.h"
+#include "platform/file_system.h"
 
 #include <algorithm>
 #include <charconv>
+#include <filesystem>
 #include <limits>
 #include <memory>
+#include <optional>
+#include <system_error>
 
 namespace {
 
@@ -34,10 +38,22 @@ class CutUnlessWhole {
     bool isWhole_ = false;
 };
 
+// Whether two paths lead to one file, however they are written.
+bool AreSame(const CString& left, const CString& right)
+{
+    if (left == right)
+        return true;
+    const std::optional<CString> leftPath = tympan::ResolvePath(left);
+    const std::optional<CString> rightPath = tympan::ResolvePath(right);
+    std::error_code unknown;
+    return leftPath && rightPath &&
+           std::filesystem::equivalent(leftPath->GetString(), rightPath->GetString(), unknown);
+}
+
 // Creating a file empties it; where sharing is kept to, the open picture can't be created anew.
 void RequireOtherFile(const CString& path, const CString& pictureName, const CFile& picture)
 {
-    if (path != pictureName && path != picture.GetFilePath())
+    if (!AreSame(path, pictureName) && !AreSame(path, picture.GetFilePath()))
         return;
     auto failure = std::make_unique<CFileException>();
     failure->m_cause = CFileException::sharingViolation;

@@ -54,6 +54,7 @@ bool VelmarLWFileInterface::VelmarOpenPictureFile(const CString& fileName, bool 
 {
     bool taken = false;
     const bool cameBack = tympan::Guarded(Failures(), kOpeningFailures, [&] {
+        // Not the base class's, which walks the rows. NOLINTNEXTLINE(bugprone-parent-virtual-call)
         taken = BasePictureIF::OpenPictureFile(fileName, inputFile, reopen, fileError);
     });
     if (taken)

@@ -29,11 +29,11 @@ void Append(LwReference::Bytes& bytes, unsigned char value, std::uint64_t length
 
 } // namespace
 
-LwReference::LwReference(Bytes file, const LwPictureParameters& record)
+LwReference::LwReference(Bytes file, const LwPictureParameters& record, LwObject object)
     : file_(std::move(file)), width_(record.WidthInPixels()),
       height_(record.HeightInPixels()), inches_{ record.HeightInUnits(), record.WidthInUnits() },
       resolutions_{ record.ResolutionOnScanAxis(), record.ResolutionOnXScanAxis() },
-      inks_(record.TableColorsNumber())
+      inks_(record.TableColorsNumber()), isWhole_(object == LwObject::ofWholeFile)
 {
     for (const ColorSeparationType separation : { Cyan, Magenta, Yellow, Black }) {
         const auto column = static_cast<std::size_t>(separation);
@@ -76,6 +76,17 @@ void LwReference::ForRows(std::uint64_t first, std::uint64_t end, Work work)
             throw Failed{};
         work(row);
     }
+}
+
+template <typename Work>
+void LwReference::ForStreamRows(const LwCall& call, Work work)
+{
+    const std::uint64_t end = call.last + std::uint64_t{ 1 };
+    if (!isWhole_)
+        return ForRows(call.first, end, work);
+    position_ = Start();
+    for (std::uint64_t row = call.first; row < end; ++row)
+        work(row);
 }
 
 // `use` takes each run, and the pixels in front of it.
@@ -142,29 +153,52 @@ bool LwReference::IsTypeOf(const Bytes& file)
     return pixels == width && width != 0;
 }
 
+void LwReference::Prove(LwAnswer& answer)
+{
+    if (!(height_ >= 1.0))
+        throw Failed{};
+    position_ = Start();
+    places_ = { position_ };
+    for (std::uint64_t row = 1; static_cast<double>(row) < height_; ++row) {
+        CheckDelimiter();
+        const std::uint64_t pixels = Walk([](Pair, std::uint64_t) {});
+        CheckDelimiter();
+        CheckIntegrity(pixels);
+        places_.push_back(position_);
+    }
+    // A row buffer that the file is too short to ask for is refused without a code.
+    const double buffer = 2.0 * width_;
+    answer.result = buffer <= 16777216.0 || buffer <= static_cast<double>(file_.size()) ? 1 : 0;
+}
+
+LwAnswer LwReference::ClosedUnlessSound(LwAnswer answer) const
+{
+    if (answer.result == 0)
+        answer.position = 0;
+    else
+        answer.offsets.assign(places_.begin(), places_.end());
+    return answer;
+}
+
 LwAnswer LwReference::Open(const LwCall&)
 {
     constexpr char kText[] = "LWInterface:\n Error Opening LineWork file, aborting!";
-    LwAnswer answer = Answered(90001, kText, [&](LwAnswer& opened) {
-        if (!(height_ >= 1.0))
-            throw Failed{};
-        position_ = 2048 + 18 * inks_.size();
-        places_ = { position_ };
-        for (std::uint64_t row = 1; static_cast<double>(row) < height_; ++row) {
-            CheckDelimiter();
-            const std::uint64_t pixels = Walk([](Pair, std::uint64_t) {});
-            CheckDelimiter();
-            CheckIntegrity(pixels);
-            places_.push_back(position_);
-        }
-        // A row buffer that the file is too short to ask for is refused without a code.
-        const double buffer = 2.0 * width_;
-        opened.result = buffer <= 16777216.0 || buffer <= static_cast<double>(file_.size()) ? 1 : 0;
+    return ClosedUnlessSound(Answered(90001, kText, [&](LwAnswer& opened) { Prove(opened); }));
+}
+
+LwAnswer LwReference::Check(const LwCall&)
+{
+    return ClosedUnlessSound(Answered(90026, "", [&](LwAnswer& checked) { Prove(checked); }));
+}
+
+LwAnswer LwReference::Build(const LwCall&)
+{
+    LwAnswer answer = Answered(0, "", [&](LwAnswer& built) {
+        Prove(built);
+        built.result = 1;
     });
-    if (answer.result == 0)
-        answer.position = 0; // closed
-    else
-        answer.offsets.assign(places_.begin(), places_.end());
+    answer.code = 0;
+    answer.offsets.assign(places_.begin(), places_.end());
     return answer;
 }
 
@@ -301,7 +335,7 @@ LwReference::Bytes LwReference::Completion(const LwCall& call, unsigned long run
 {
     const std::uint64_t pixels = Completed(call);
     const std::uint64_t full = pixels / 255, rest = pixels % 255;
-    const bool isEven = (runs + full + (rest != 0 ? 1 : 0)) % 2 == 0;
+    const bool isEven = !isWhole_ && (runs + full + (rest != 0 ? 1 : 0)) % 2 == 0;
     Bytes bytes;
     for (std::uint64_t i = 1; i <= full; ++i) {
         const bool isDivided = i == full && isEven;
@@ -318,15 +352,15 @@ LwAnswer LwReference::Placing(const LwCall& call)
 {
     LwCall completed = call;
     completed.flag = true;
-    const LwAnswer room = Size(completed);
+    const LwAnswer room = Counted(completed);
+    std::uint64_t written = 0;
     LwAnswer answer = Answered(90020, kAborting, [&](LwAnswer& out) {
-        std::uint64_t written = 0;
         const auto white = [&](const Bytes& runs) {
             out.bytes.insert(out.bytes.end(), runs.begin(), runs.end());
             written += runs.size();
             return runs.size() / 2;
         };
-        ForRows(call.first, call.last + std::uint64_t{ 1 }, [&](std::uint64_t) {
+        ForStreamRows(call, [&](std::uint64_t) {
             const std::uint64_t start = position_;
             out.offsets.push_back(call.baseOffset + written);
             CheckDelimiter();
@@ -337,7 +371,7 @@ LwAnswer LwReference::Placing(const LwCall& call)
                 if (copy != 0)
                     position_ = start + 2;
                 pixels = Walk([&](Pair run, std::uint64_t before) {
-                    const unsigned char ink = Ink(run, call.separation);
+                    const unsigned char ink = isWhole_ ? run.first : Ink(run, call.separation);
                     const bool isLast = static_cast<double>(before + run.second) == width_;
                     if (Completed(call) == 0 && records % 2 == 0 && isLast) {
                         Append(out.bytes, ink, run.second - 1U, call.flag);
@@ -359,6 +393,8 @@ LwAnswer LwReference::Placing(const LwCall& call)
         });
         out.result = std::max<unsigned long>(call.first, call.last + 1UL);
     });
+    if (isWhole_)
+        answer.result = written;
     answer.moved = answer.bytes.size();
     answer.rows = static_cast<unsigned int>(answer.offsets.size());
     if (room.code == 0 && answer.moved > room.result)
@@ -367,7 +403,7 @@ LwAnswer LwReference::Placing(const LwCall& call)
     return answer;
 }
 
-LwAnswer LwReference::Size(const LwCall& call)
+LwAnswer LwReference::Counted(const LwCall& call)
 {
     constexpr char kText[] = "LWInterface: Error counting LW buffer size, aborting!";
     return Answered(90001, kText, [&](LwAnswer& answer) {
@@ -378,17 +414,32 @@ LwAnswer LwReference::Size(const LwCall& call)
             each += 2 * records;
             if (pixels == 0)
                 each += std::uint64_t{ 2 } * call.copies;
-            else if (records % 2 == 0)
+            else if (records % 2 == 0 && !isWhole_)
                 each += 2;
         }
         std::uint64_t total = 0;
-        ForRows(call.first, call.last + std::uint64_t{ 1 }, [&](std::uint64_t) {
+        ForStreamRows(call, [&](std::uint64_t) {
             std::uint64_t bytes = 0;
             Walk([&](Pair, std::uint64_t) { bytes += 2; });
             total += call.copies * bytes + each;
         });
         answer.result = total + 4;
     });
+}
+
+LwAnswer LwReference::Size(const LwCall& call)
+{
+    LwAnswer answer = Counted(call);
+    if (answer.code == 0)
+        fileSize_ = answer.result;
+    return answer;
+}
+
+LwAnswer LwReference::WholeSize(const LwCall&)
+{
+    LwAnswer answer = Size({ .last = static_cast<unsigned int>(height_) - 1 });
+    answer.result = fileSize_;
+    return answer;
 }
 
 // A row that its bytes don't hold whole ends with them.
@@ -428,7 +479,7 @@ LwAnswer LwReference::Crop(const LwCall& call)
     const unsigned int bottom = side(call.crop.CropBottom, height_, height_);
     LwAnswer answer;
     answer.position = position_;
-    if (left > right || top > bottom)
+    if (left > right || top > bottom || bottom > places_.size())
         return answer;
     const unsigned int width = right - left + 1, height = bottom - top + 1;
     Bytes& out = answer.bytes = file_;

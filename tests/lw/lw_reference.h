@@ -43,17 +43,23 @@ inline constexpr unsigned char kUnstored = 0xA5; // fills buffers beforehand
 inline constexpr unsigned long kNoOffset = 0xDEADDEAD;
 inline constexpr unsigned int kCanvasWidth = 48, kCanvasHeight = 10;
 
+/// Which object is asked. That of the whole file streams colour indexes, always from the file's
+/// first row on, and keeps the size of the stream.
+enum class LwObject { ofRows, ofWholeFile };
+
 class LwReference {
   public:
     using Bytes = std::vector<unsigned char>;
 
     /// The record is that of the file, loaded.
-    LwReference(Bytes file, const LwPictureParameters& record);
+    LwReference(Bytes file, const LwPictureParameters& record, LwObject object = LwObject::ofRows);
 
     /// From now on the file is another one; the places of rows stay.
     void Change(Bytes file) { file_ = std::move(file); }
     /// Nothing tells where the file stands: it is here.
     void StandAt(std::uint64_t position) { position_ = position; }
+    /// The stream size that is kept.
+    std::uint64_t FileSize() const { return fileSize_; }
 
     static bool IsTypeOf(const Bytes& file);
     static Bytes Gap(const LwCall& call);
@@ -68,6 +74,10 @@ class LwReference {
     LwAnswer Size(const LwCall& call);
     LwAnswer Crop(const LwCall& call);
     LwAnswer Display(const LwCall& call);
+    // Of the whole file alone: its check, its attempt at the rows' places, the size of all rows.
+    LwAnswer Check(const LwCall& call);
+    LwAnswer Build(const LwCall& call);
+    LwAnswer WholeSize(const LwCall& call);
 
   private:
     struct Pair {
@@ -78,8 +88,14 @@ class LwReference {
     LwAnswer Answered(unsigned long otherCode, const char* otherText, Work work);
     template <typename Work>
     void ForRows(std::uint64_t first, std::uint64_t end, Work work);
+    template <typename Work>
+    void ForStreamRows(const LwCall& call, Work work);
     template <typename Use>
     std::uint64_t Walk(Use use);
+    std::uint64_t Start() const { return 2048 + 18 * inks_.size(); }
+    void Prove(LwAnswer& answer);
+    LwAnswer ClosedUnlessSound(LwAnswer answer) const;
+    LwAnswer Counted(const LwCall& call);
     Pair Read();
     void CheckDelimiter();
     void CheckIntegrity(std::uint64_t pixels) const;
@@ -95,6 +111,8 @@ class LwReference {
     std::vector<std::array<unsigned char, 4>> inks_;
     std::vector<std::uint64_t> places_;
     std::uint64_t position_ = 0;
+    bool isWhole_;
+    std::uint64_t fileSize_ = 0;
 };
 
 } // namespace tympan::test

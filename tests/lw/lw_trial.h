@@ -32,6 +32,17 @@ class OpenLw : public LWFileInterface {
     using LWFileInterface::isTypeOf;
     using LWFileInterface::LwDataStartPosition;
     using LWFileInterface::LwFileArray;
+
+    // The same of any LW object.
+    static unsigned long long* PlacesOf(const LWFileInterface& picture)
+    {
+        return (picture.*static_cast<unsigned long long* (LWFileInterface::*)() const>(
+                             &OpenLw::LwFileArray))();
+    }
+    static void Text(LWFileInterface& picture, const char* text)
+    {
+        (picture.*static_cast<void (BasePictureIF::*)(const CString&)>(&OpenLw::ErrorMsg))(text);
+    }
 };
 
 inline std::vector<unsigned char> UnsignedBytes(const Bytes& contents)
@@ -45,7 +56,9 @@ inline std::vector<unsigned char> UnsignedBytes(const Bytes& contents)
 /// Puts calls to an object, with as much room as the answer that is expected has.
 class LwAsked {
   public:
-    LwAsked(OpenLw& picture, const MemoryFileSystem& files) : picture_(picture), files_(files) {}
+    LwAsked(LWFileInterface& picture, const MemoryFileSystem& files)
+        : picture_(picture), files_(files)
+    {}
 
     void Expect(const LwAnswer& answer) { expected_ = answer; }
 
@@ -54,7 +67,7 @@ class LwAsked {
         return Answered([&](LwAnswer& answer) {
             const bool isSound = picture_.FileValidityCheck();
             if (isSound)
-                std::copy_n(picture_.LwFileArray(), answer.offsets.size(), answer.offsets.begin());
+                TakePlaces(answer);
             return isSound;
         });
     }
@@ -133,12 +146,18 @@ class LwAsked {
         });
     }
 
-  private:
+  protected:
+    void TakePlaces(LwAnswer& answer) const
+    {
+        if (const unsigned long long* const places = OpenLw::PlacesOf(picture_))
+            std::copy_n(places, answer.offsets.size(), answer.offsets.begin());
+    }
+
     template <typename Work>
     LwAnswer Answered(Work work)
     {
         picture_.TraceStatus(0);
-        picture_.ErrorMsg("");
+        OpenLw::Text(picture_, "");
         LwAnswer answer;
         answer.bytes.assign(expected_.bytes.size(), kUnstored);
         answer.offsets.assign(expected_.offsets.size(), kNoOffset);
@@ -150,7 +169,8 @@ class LwAsked {
         return answer;
     }
 
-    OpenLw& picture_;
+  private:
+    LWFileInterface& picture_;
     const MemoryFileSystem& files_;
     LwAnswer expected_;
 };
@@ -201,6 +221,18 @@ inline std::string Difference(const LwAnswer& given, const LwAnswer& wanted)
     return given.text == wanted.text ? text : text + '"' + given.text + "\" for " + wanted.text;
 }
 
+/// Asks both, and gives the answer by the rules.
+inline LwAnswer AskBoth(LwReference& reference, LwAsked& asked, const LwOperation& operation,
+                        const LwCall& call)
+{
+    const LwAnswer wanted = (reference.*operation.byTheRules)(call);
+    asked.Expect(wanted);
+    const LwAnswer given = (asked.*operation.byTheLibrary)(call);
+    EXPECT_EQ(Difference(given, wanted), "") << operation.name;
+    reference.StandAt(given.position);
+    return wanted;
+}
+
 /// A file that both sides have opened, or refused.
 class LwTrial {
   public:
@@ -244,12 +276,7 @@ class LwTrial {
     /// Asks both, and gives the answer by the rules.
     LwAnswer Same(const LwOperation& operation, const LwCall& call = {})
     {
-        const LwAnswer wanted = (reference_.*operation.byTheRules)(call);
-        asked_.Expect(wanted);
-        const LwAnswer given = (asked_.*operation.byTheLibrary)(call);
-        EXPECT_EQ(Difference(given, wanted), "") << operation.name;
-        reference_.StandAt(given.position);
-        return wanted;
+        return AskBoth(reference_, asked_, operation, call);
     }
     /// Asks the library alone, in whose way there is something.
     LwAnswer Given(const LwOperation& operation, const LwCall& call = {})
@@ -258,9 +285,13 @@ class LwTrial {
         return (asked_.*operation.byTheLibrary)(call);
     }
 
-  private:
+  protected:
     static constexpr char kPath[] = "sample.lw";
 
+    MemoryFileSystem& Memory() { return memory_; }
+    const LwPictureParameters& Record() const { return *record_; }
+
+  private:
     std::unique_ptr<LwPictureParameters> Loaded(const Bytes& bytes)
     {
         memory_.Put(kPath, AsText(bytes));
