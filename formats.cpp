@@ -8,12 +8,14 @@ namespace tympan {
 
 Format LwFormat();
 Format CtFormat();
+Format JpegFormat();
 
 std::span<const Format> Formats()
 {
     static const std::array kFormats{
         LwFormat(),
         CtFormat(),
+        JpegFormat(),
     };
     return kFormats;
 }

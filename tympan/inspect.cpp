@@ -2,11 +2,18 @@
 
 #include "core/failure_guard.h"
 #include "core/format.h"
+#include "jpeg/jpeg_file.h"
+#include "jpeg/side_file.h"
+#include "lw/lw_layout.h"
+#include "lw_variant/lw_side_file.h"
 #include "platform/file.h"
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
+#include <optional>
 #include <span>
+#include <string>
 
 namespace tympan {
 
@@ -31,7 +38,49 @@ const Format* Named(std::span<const Format> formats, std::string_view name)
     return named == formats.end() ? nullptr : &*named;
 }
 
+// The start of a file, longer than any side file of line work; nothing when it can't be opened.
+std::optional<std::string> ReadSideFile(const CString& path)
+{
+    CFile file;
+    if (!file.Open(path, CFile::modeRead))
+        return std::nullopt;
+    std::string content(kLwSideFileBytes + 1, '\0');
+    content.resize(file.Read(content.data(), static_cast<UINT>(content.size())));
+    return content;
+}
+
+// The size of the stream of rows that fill a file.
+std::uint64_t StreamSize(const CString& path, const LwPictureParameters& record)
+{
+    constexpr std::uint64_t kMoreThanTheRows = 2;
+    const auto firstRow = static_cast<std::uint64_t>(LwFirstRow(record.TableColorsNumber()));
+    const std::uint64_t length = CFile(path, CFile::modeRead).GetLength();
+    return std::max(length, firstRow) - firstRow + kMoreThanTheRows;
+}
+
+SideFileState StateOf(std::string_view content, std::uint64_t streamSize)
+{
+    if (!IsLwSideFile(content))
+        return SideFileState::foreign;
+    const bool fits = !content.empty() && LwSizeIn(content) == KeptLwSize(streamSize);
+    return fits ? SideFileState::ok : SideFileState::stale;
+}
+
 } // namespace
+
+LineWorkSideFile SideFileOf(const CString& path, const LwPictureParameters& record)
+{
+    const CString sidePath = LwSideFileName(path);
+    const std::optional<std::string> content = ReadSideFile(sidePath);
+    return { sidePath,
+             content ? StateOf(*content, StreamSize(path, record)) : SideFileState::none };
+}
+
+bool IsLineWorkSideFile(const CString& path)
+{
+    const std::optional<std::string> content = ReadSideFile(path);
+    return content && !content->empty() && IsLwSideFile(*content);
+}
 
 std::vector<std::string_view> FormatNames()
 {
@@ -65,6 +114,22 @@ OpenedPicture OpenAnyPicture(const CString& path)
             refused = std::move(opened);
     }
     return refused;
+}
+
+std::optional<JpegIndex> IndexOf(const BasePictureIF& picture)
+{
+    const auto* const jpeg = dynamic_cast<const JpegFileInterface*>(&picture);
+    if (jpeg == nullptr || !jpeg->CompressedBlocksInfo().IsOpen())
+        return std::nullopt;
+    const JpegCompBlocksInfo& index = jpeg->CompressedBlocksInfo();
+    const bool isOpen = jpeg->IsPictureFileOpen();
+    return JpegIndex{ index.Blocks(),
+                      index.FileSizeUnitsFactor(),
+                      index.HeightInUnits(),
+                      index.WidthInUnits(),
+                      index.McuNumber(),
+                      isOpen && IndexFits(index.Blocks(), jpeg->FileHeightInPixels(),
+                                          jpeg->JpegFileHandle()->GetLength()) };
 }
 
 } // namespace tympan

@@ -2,10 +2,15 @@
 #pragma once
 
 #include "core/picture_object.h"
+#include "jpeg/compressed_blocks.h"
+#include "lw/lw_parameters.h"
 #include "platform/export.h"
 #include "platform/text.h"
 
+#include <cstdint>
 #include <memory>
+#include <optional>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -33,5 +38,47 @@ TYMPAN_API OpenedPicture OpenAnyPicture(const CString& path);
 /// Opens a file as input with an object of the named format, whatever the file looks like.
 /// \return without an object when there is no format of that name.
 TYMPAN_API OpenedPicture OpenPictureAs(const CString& path, std::string_view format);
+
+/// The index of a JPEG, as its object read it from the side file.
+struct JpegIndex {
+    /// Where the bands of 8 rows stand; the object's, until it is opened again or destroyed.
+    std::span<const CompressedLine> blocks;
+    double factor = 0.0;        ///< from the side file's units to inches
+    double heightInUnits = 0.0; ///< in inches
+    double widthInUnits = 0.0;
+    std::uint32_t mcuNumber = 0; ///< of the side file; 0 in one that this library wrote
+    /// Whether there is a block for each 8 rows or part of them, all inside the open file, none
+    /// reversed, each behind the one before.
+    bool fitsFile = false;
+};
+
+/// The index of a JPEG object.
+/// \return nothing for an object of another format, and without an open side file.
+/// \throws CFileException* when the file can't tell its length.
+TYMPAN_API std::optional<JpegIndex> IndexOf(const BasePictureIF& picture);
+
+/// What stands where a line-work file's side file has its place (see
+/// `VelmarLWFileInterface::CreateLwBinFile`).
+enum class SideFileState {
+    none,    ///< no file, or none that can be read
+    ok,      ///< the size in it is that of a file of this length
+    stale,   ///< it is another, or missing
+    foreign, ///< a file of another kind: a JPEG file of the same name has such a one
+};
+
+struct LineWorkSideFile {
+    CString path;
+    SideFileState state = SideFileState::none;
+};
+
+/// Compares the side file's number with the length of the file, without a look at the rows: they
+/// must fill the file from the first on, and nothing stand behind them.
+/// \param path the picture's
+/// \throws CFileException* when a file that is open can't be read; std::bad_alloc.
+TYMPAN_API LineWorkSideFile SideFileOf(const CString& path, const LwPictureParameters& record);
+
+/// Whether a file is a line-work file's side file with a size in it.
+/// \throws as `SideFileOf`.
+TYMPAN_API bool IsLineWorkSideFile(const CString& path);
 
 } // namespace tympan
