@@ -23,4 +23,8 @@ void RegisterColours();
 /// `folder`.
 void RegisterLineWork(const std::string& folder);
 
+/// JPEG: bands handed out, and the index opened, against reads of the same bytes. Makes files of its own
+/// in `folder`.
+void RegisterJpeg(const std::string& folder);
+
 } // namespace tympan::bench

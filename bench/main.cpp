@@ -42,6 +42,7 @@ void RegisterAll(const tympan::test::TemporaryFolder& folder)
     tympan::bench::RegisterPreview(large, folder.Path(""));
     tympan::bench::RegisterColours();
     tympan::bench::RegisterLineWork(folder.Path(""));
+    tympan::bench::RegisterJpeg(folder.Path(""));
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 // `tympan check`: proves picture files and tells all that is wrong with them.
 #include "command.h"
 #include "failure.h"
+#include "jpeg_check.h"
 #include "names.h"
 #include "picture.h"
 #include "progress.h"
@@ -83,6 +84,19 @@ class CheckProgressLine {
     std::optional<Progress> line_;
 };
 
+void CheckBands(Checked& checked)
+{
+    RuleCount bands{ &kBandRule, 0 };
+    CheckJpegBands(checked.file, [&](const Finding& finding) {
+        if (++bands.count <= kFindingsToldOfEachRule)
+            checked.findings.push_back(finding);
+    });
+    if (bands.count == 0)
+        return;
+    checked.result.counts.push_back(bands);
+    checked.result.verdict = Verdict::Invalid;
+}
+
 Checked CheckOne(const std::string& file, const std::vector<std::string_view>& formats)
 {
     Checked checked{ file, {}, {} };
@@ -93,6 +107,8 @@ Checked CheckOne(const std::string& file, const std::vector<std::string_view>& f
     checked.result = CheckFile(
         file.c_str(), [&](const Finding& finding) { checked.findings.push_back(finding); },
         options);
+    if (checked.result.format == "JPEG" && checked.result.verdict != Verdict::Undetermined)
+        CheckBands(checked);
     return checked;
 }
 
@@ -179,6 +195,13 @@ program should write. A file that can't be read, or that no format accepts, is u
 This page is what `tympan check --list` writes.
 )";
 
+std::vector<const CheckRule*> AllRules()
+{
+    std::vector<const CheckRule*> rules = CheckRules();
+    rules.push_back(&kBandRule);
+    return rules;
+}
+
 void PrintList(const std::vector<const CheckRule*>& rules)
 {
     std::cout << kListIntroduction;
@@ -191,11 +214,11 @@ void PrintList(const std::vector<const CheckRule*>& rules)
 void List(bool asJson)
 {
     if (!asJson) {
-        PrintList(CheckRules());
+        PrintList(AllRules());
         return;
     }
     Json list = Json::array();
-    for (const CheckRule* const rule : CheckRules())
+    for (const CheckRule* const rule : AllRules())
         list.push_back(AsJson(*rule));
     PrintIndented(list);
 }

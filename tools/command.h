@@ -21,5 +21,6 @@ void AddExport(CLI::App& app);
 void AddCheck(CLI::App& app);
 void AddCrop(CLI::App& app);
 void AddStream(CLI::App& app);
+void AddIndex(CLI::App& app);
 
 } // namespace tympan::tool

@@ -26,11 +26,13 @@ constexpr std::array<std::string_view, 2> kEndings{ ".tif", ".tiff" };
 constexpr char kFooter[] =
     R"(Four separations become a CMYK TIFF whose samples are ink (255 is full ink, the
 inverse of a plate's bytes); one becomes a grey TIFF (255 is no ink, so white).
+A JPEG of three becomes an RGB TIFF.
 Transparent colours of line work become paper.
 
 Example:
   tympan export photo.ct -o photo.tif
-  tympan export map.lw -o map.tif)";
+  tympan export map.lw -o map.tif
+  tympan export photo.jpg -o photo.tif)";
 
 struct Options {
     std::string file;
@@ -44,7 +46,17 @@ WrittenForm FormOf(const Picture& picture)
              picture.Object().ResolutionOnScanAxis() };
 }
 
-// One plate as it is, for 255 is white in a grey TIFF; four turned round, side by side.
+TiffColour ColourOf(std::size_t separations)
+{
+    switch (separations) {
+    case 1: return TiffColour::Grey;
+    case 3: return TiffColour::Rgb;
+    default: return TiffColour::CmykInk;
+    }
+}
+
+// One plate as it is, for 255 is white in a grey TIFF; three side by side, for a red of 255 is no
+// cyan; four turned round, side by side.
 void Compose(SeparationBands& bands, std::uint32_t row, std::size_t separations,
              std::vector<std::uint8_t>& samples)
 {
@@ -83,8 +95,8 @@ void Export(const Options& options)
     ShowTransparentAsPaper(picture);
     OutputFile output(options.output, options.file);
     Guard(options.output, [&] {
-        const bool inInks = picture.Object().FileNumberOfSeparations() == kInks;
-        TiffWriter writer(output, FormOf(picture), inInks ? TiffColour::CmykInk : TiffColour::Grey);
+        TiffWriter writer(output, FormOf(picture),
+                          ColourOf(SeparationsOf(picture.Object()).size()));
         WriteRows(picture, writer);
         writer.Finish();
         RequireWhole(picture); // it may have been cut short meanwhile
@@ -97,9 +109,9 @@ void Export(const Options& options)
 void AddExport(CLI::App& app)
 {
     CLI::App* const command =
-        app.add_subcommand("export", "Turns a CT or LW file into a CMYK or grey TIFF");
+        app.add_subcommand("export", "Turns a picture into a CMYK, RGB or grey TIFF");
     const auto options = std::make_shared<Options>();
-    command->add_option("FILE", options->file, "A CT or LW file")->required();
+    command->add_option("FILE", options->file, "The picture")->required();
     command->add_option("-o,--output", options->output, "The TIFF file to write, OUT.tif")
         ->required();
     AddAsOption(*command, options->asFormat);

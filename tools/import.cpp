@@ -1,7 +1,8 @@
-// `tympan import`: a JPEG, PNG or TIFF picture becomes a CT or an LW file.
+// `tympan import`: a JPEG, PNG or TIFF picture becomes a CT, an LW or a JPEG file.
 #include "command.h"
 #include "failure.h"
 #include "import_job.h"
+#include "jpeg_side_file.h"
 #include "names.h"
 #include "output_file.h"
 #include "picture.h"
@@ -22,16 +23,15 @@ namespace tympan::tool {
 
 namespace {
 
-constexpr double kUsualResolution = 300.0; // pixels per inch
-
 /// What an output can be.
 struct Target {
     std::string_view format;
     unsigned int (*write)(ImportJob& job, const OutputFile& output);
 };
-constexpr std::array<std::string_view, 2> kEndings{ ".ct", ".lw" };
+constexpr Target kJpeg{ "JPEG", WriteJpeg };
+constexpr std::array<std::string_view, 4> kEndings{ ".ct", ".lw", ".jpg", ".jpeg" };
 constexpr std::array<Target, kEndings.size()> kTargets{ Target{ "CT", WriteCt },
-                                                        Target{ "LW", WriteLw } };
+                                                        Target{ "LW", WriteLw }, kJpeg, kJpeg };
 
 constexpr char kFooter[] =
     R"(To a CT file: RGB and grey pictures become ink by the profile of a CMYK output,
@@ -47,22 +47,29 @@ picture of up to 255 colours that it really uses becomes four plates, its
 colours converted as for CT, with flat black kept to the black plate. It is read
 twice.
 
+To a JPEG file whose rows can be read in bands of 8, with its side file .bin: a
+grey, RGB (as YCbCr) or CMYK picture in its own colours. A JPEG picture becomes
+one without loss when none of its components is subsampled; else it is encoded
+anew, which is told. The colour profile is kept, Exif data isn't.
+
 Examples:
   tympan import photo.jpg -o photo.ct --resolution 300
-  tympan import page.tif -o page.lw)";
+  tympan import page.tif -o page.lw
+  tympan import camera.jpg -o photo.jpg)";
 
 struct Options {
     std::string picture;
     std::string output;
     std::string profile;
     std::optional<double> resolution;
+    std::optional<int> quality;
 };
 
 PixelsPerInch ResolutionFor(const Options& options, const SourceForm& form)
 {
     if (options.resolution)
         return { *options.resolution, *options.resolution };
-    return form.resolution.value_or(PixelsPerInch{ kUsualResolution, kUsualResolution });
+    return form.resolution.value_or(kUsualResolution);
 }
 
 std::string Shortly(double number)
@@ -123,6 +130,7 @@ ImportJob Open(const Options& options)
     ImportJob job;
     job.picture = options.picture;
     job.profile = options.profile;
+    job.quality = options.quality;
     job.source = OpenPictureSource(options.picture);
     job.resolution = ResolutionFor(options, job.Form());
     for (const std::string& remark : job.Form().remarks)
@@ -130,17 +138,34 @@ ImportJob Open(const Options& options)
     return job;
 }
 
+/// The side file of the output; null for a format that has none.
+std::unique_ptr<OutputFile> BeginSideFile(const Target& target, const Options& options,
+                                          const OutputFile& output)
+{
+    if (target.format != kJpeg.format)
+        return nullptr;
+    const std::string path = JpegSideFilePath(options.output);
+    auto side = std::make_unique<OutputFile>(path, options.picture, output, ".bin");
+    RequireNoOtherSideFile(path);
+    return side;
+}
+
 void Import(const Options& options)
 {
     const Target& target = TargetOf(options.output);
+    if (options.quality && target.format != kJpeg.format)
+        throw UsageFailure("--quality is for an output that is a JPEG file");
     if (options.resolution && std::isnan(*options.resolution)) // passes as within any range
         throw UsageFailure("--resolution wants a number of pixels per inch");
     ImportJob job = Guard(options.picture, [&] { return Open(options); });
     RequireInches(options, job.Form(), job.resolution);
     Guard(options.output, [&] {
-        OutputFile output(options.output, options.picture);
+        OutputFile output(options.output, options.picture, EndingOf(options.output));
+        const std::unique_ptr<OutputFile> side = BeginSideFile(target, options, output);
         const unsigned int separations = target.write(job, output);
         RequireReadsBack(output, target.format, job, separations);
+        if (side != nullptr)
+            side->Commit();
         output.Commit();
     });
 }
@@ -149,11 +174,12 @@ void Import(const Options& options)
 
 void AddImport(CLI::App& app)
 {
-    CLI::App* const command =
-        app.add_subcommand("import", "Turns a JPEG, PNG or TIFF picture into a CT or LW file");
+    CLI::App* const command = app.add_subcommand(
+        "import", "Turns a JPEG, PNG or TIFF picture into a CT, LW or JPEG file");
     const auto options = std::make_shared<Options>();
     command->add_option("PICTURE", options->picture, "A JPEG, PNG or TIFF file")->required();
-    command->add_option("-o,--output", options->output, "The file to write, OUT.ct or OUT.lw")
+    command
+        ->add_option("-o,--output", options->output, "The file to write, OUT.ct, OUT.lw or OUT.jpg")
         ->required();
     command->add_option("--profile", options->profile,
                         "ICC profile of the CMYK output, for RGB and grey pictures");
@@ -161,6 +187,10 @@ void AddImport(CLI::App& app)
         ->add_option("--resolution", options->resolution,
                      "Pixels per inch, in place of the picture's own (else 300)")
         ->check(CLI::Range(0.001, 1e6));
+    command
+        ->add_option("--quality", options->quality,
+                     "Of a JPEG file that is encoded anew, 1 to 100 (92)")
+        ->check(CLI::Range(1, 100));
     command->footer(kFooter);
     command->callback([options] { Import(*options); });
 }

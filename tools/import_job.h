@@ -5,6 +5,7 @@
 #include "picture_source.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace tympan::tool {
@@ -12,6 +13,7 @@ namespace tympan::tool {
 struct ImportJob {
     std::string picture;                   ///< its path
     std::string profile;                   ///< of the CMYK output; empty for the system's
+    std::optional<int> quality;            ///< of a JPEG file, 1 to 100, when it was asked for
     PixelsPerInch resolution{};            ///< what the file is to say
     std::unique_ptr<PictureSource> source; ///< open, at its first row
 
@@ -24,6 +26,7 @@ struct ImportJob {
 /// @{
 unsigned int WriteCt(ImportJob& job, const OutputFile& output);
 unsigned int WriteLw(ImportJob& job, const OutputFile& output);
+unsigned int WriteJpeg(ImportJob& job, const OutputFile& output);
 /// @}
 
 } // namespace tympan::tool

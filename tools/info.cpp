@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <iostream>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -33,6 +34,7 @@ struct Known {
     const std::string& file;
     const Opening& opening;
     const InfoOptions& options;
+    const char* index = nullptr;       ///< the state of the side file; null for formats without one
     std::optional<std::uint64_t> runs; ///< nothing when they were not asked for or can't be told
 
     const BasePictureIF& Picture() const { return *opening.opened.picture; }
@@ -56,9 +58,36 @@ struct Known {
     }
 };
 
+const JpegFileInterface* JpegOf(const BasePictureIF& picture)
+{
+    return dynamic_cast<const JpegFileInterface*>(&picture);
+}
+
+// Not a number without a resolution.
+double InInches(unsigned long pixels, double resolution)
+{
+    return std::isfinite(resolution) && resolution > 0.0 ? static_cast<double>(pixels) / resolution
+                                                         : std::numeric_limits<double>::quiet_NaN();
+}
+
 const LwPictureParameters* ColoursOf(const BasePictureIF& picture)
 {
     return dynamic_cast<const LwPictureParameters*>(picture.PictureParams());
+}
+
+// Inches. A JPEG's record has them only by its resolutions.
+double HeightOf(const BasePictureIF& picture)
+{
+    if (JpegOf(picture) == nullptr)
+        return picture.FileHeightInUnits();
+    return InInches(picture.FileHeightInPixels(), picture.ResolutionOnScanAxis());
+}
+
+double WidthOf(const BasePictureIF& picture)
+{
+    if (JpegOf(picture) == nullptr)
+        return picture.FileWidthInUnits();
+    return InInches(picture.FileWidthInPixels(), picture.ResolutionOnXScanAxis());
 }
 
 // The ink value that stands for transparent in a separation.
@@ -68,6 +97,24 @@ std::optional<unsigned int> TransparentInk(const LwPictureParameters& colours,
     constexpr unsigned short kMost = 255;
     const unsigned short ink = colours.GetTransparentColor(separation);
     return ink <= kMost ? std::optional<unsigned int>(ink) : std::nullopt;
+}
+
+// Whether the picture's side file is there and goes with it; null for formats without one.
+const char* SideFileText(const std::string& file, const Opening& opening)
+{
+    const BasePictureIF* const picture = opening.opened.picture.get();
+    if (picture != nullptr && JpegOf(*picture) != nullptr) {
+        const std::optional<JpegIndex> index = IndexOf(*picture);
+        return !index ? "none" : index->fitsFile ? "ok" : "bad";
+    }
+    const LwPictureParameters* const colours = picture != nullptr ? ColoursOf(*picture) : nullptr;
+    if (colours == nullptr)
+        return nullptr;
+    switch (SideFileOf(file.c_str(), *colours).state) {
+    case SideFileState::ok: return "ok";
+    case SideFileState::stale: return "stale";
+    default: return "none";
+    }
 }
 
 // Runs of the whole picture; nothing when the format has none.
@@ -109,6 +156,7 @@ Json TransparentColours(const BasePictureIF& picture, const LwPictureParameters&
 void AddLineWork(const Known& known, Json& object)
 {
     const LwPictureParameters* const colours = ColoursOf(known.Picture());
+    object["index"] = known.index != nullptr ? Json(known.index) : Json(nullptr);
     object["colors"] = colours != nullptr ? Json(colours->FileColorsNumber()) : Json(nullptr);
     object["transparent_colors"] =
         colours != nullptr ? TransparentColours(known.Picture(), *colours) : Json(nullptr);
@@ -116,6 +164,13 @@ void AddLineWork(const Known& known, Json& object)
         return;
     object["runs"] = NumberOrNull(known.runs);
     object["mean_run"] = NumberOrNull(known.MeanRun());
+}
+
+void AddJpeg(const Known& known, Json& object)
+{
+    const std::optional<JpegIndex> index = IndexOf(known.Picture());
+    object["blocks"] = index ? Json(index->blocks.size()) : Json(nullptr);
+    object["mcu_number"] = index ? Json(index->mcuNumber) : Json(nullptr);
 }
 
 Json SeparationNames(const BasePictureIF& picture)
@@ -133,8 +188,8 @@ void AddHeader(const Known& known, Json& object)
     object["file_type"] = WithReplacements(picture.FileType().GetString());
     object["width"] = picture.FileWidthInPixels();
     object["height"] = picture.FileHeightInPixels();
-    object["width_in"] = NumberOrNull(picture.FileWidthInUnits());
-    object["height_in"] = NumberOrNull(picture.FileHeightInUnits());
+    object["width_in"] = NumberOrNull(WidthOf(picture));
+    object["height_in"] = NumberOrNull(HeightOf(picture));
     object["resolution"] = resolution < 0.0 ? Json(nullptr) : NumberOrNull(resolution);
     object["resolution_x"] = NumberOrNull(picture.ResolutionOnXScanAxis());
     object["resolution_y"] = NumberOrNull(picture.ResolutionOnScanAxis());
@@ -143,6 +198,7 @@ void AddHeader(const Known& known, Json& object)
     object["row_size"] = picture.PictureParams()->RowSize();
     object["nlw"] = picture.Nlw();
     AddLineWork(known, object);
+    AddJpeg(known, object);
 }
 
 Json AsJson(const Known& known)
@@ -193,8 +249,8 @@ std::string ResolutionText(const BasePictureIF& picture)
 
 std::string SizeText(const BasePictureIF& picture, double perInch, int decimals)
 {
-    return Times(Number(picture.FileWidthInUnits() * perInch, decimals),
-                 Number(picture.FileHeightInUnits() * perInch, decimals));
+    return Times(Number(WidthOf(picture) * perInch, decimals),
+                 Number(HeightOf(picture) * perInch, decimals));
 }
 
 using Lines = std::vector<std::pair<const char*, std::string>>;
@@ -214,7 +270,8 @@ Lines HeaderLines(const Known& known)
         { "Resolution", ResolutionText(picture) },
         { "Separations", NamesOf(SeparationsOf(picture)) },
         { "Sample", std::to_string(known.BitsPerSample()) + " bits" },
-        { "Row", std::to_string(picture.PictureParams()->RowSize()) + " bytes a separation" },
+        { "Row", std::to_string(picture.PictureParams()->RowSize()) +
+                     (JpegOf(picture) == nullptr ? " bytes a separation" : " bytes, decoded") },
         { "NLW", picture.Nlw() ? "yes" : "no" },
     };
 }
@@ -231,10 +288,23 @@ Lines LineWorkLines(const Known& known)
                        (ink ? std::to_string(*ink) : "none");
     }
     Lines lines{ { "Colours", std::to_string(colours->FileColorsNumber()) },
-                 { "Transparent", transparent } };
+                 { "Transparent", transparent },
+                 { "Index", known.index != nullptr ? known.index : "unknown" } };
     if (const auto mean = known.MeanRun())
         lines.emplace_back("Runs", std::to_string(*known.runs) + ", of " + Number(*mean, 2) +
                                        " pixels in the mean");
+    return lines;
+}
+
+Lines JpegLines(const Known& known)
+{
+    if (JpegOf(known.Picture()) == nullptr)
+        return {};
+    Lines lines{ { "Index", known.index != nullptr ? known.index : "unknown" } };
+    if (const std::optional<JpegIndex> index = IndexOf(known.Picture())) {
+        lines.emplace_back("Blocks", std::to_string(index->blocks.size()));
+        lines.emplace_back("MCU number", std::to_string(index->mcuNumber));
+    }
     return lines;
 }
 
@@ -244,7 +314,7 @@ void Print(const Known& known)
     if (known.opening.opened.picture != nullptr)
         lines.emplace_back("Format", known.opening.opened.format);
     if (known.HasHeader())
-        for (Lines (*const linesOf)(const Known&) : { HeaderLines, LineWorkLines })
+        for (Lines (*const linesOf)(const Known&) : { HeaderLines, LineWorkLines, JpegLines })
             for (auto& line : linesOf(known))
                 lines.push_back(std::move(line));
     std::cout << Shown(known.file) << '\n';
@@ -263,14 +333,16 @@ void Info(const InfoOptions& options)
     bool failed = false;
     for (const std::string& file : options.files) {
         Opening opening = TryOpenPicture(file, options.asFormat);
+        const char* index = nullptr;
         std::optional<std::uint64_t> runs;
         try {
+            index = Guard(file, [&] { return SideFileText(file, opening); });
             if (options.runs)
                 runs = CountRuns(file, opening);
         } catch (const FileFailure& failure) {
             opening.failure = failure;
         }
-        const Known known{ file, opening, options, runs };
+        const Known known{ file, opening, options, index, runs };
         if (options.json)
             objects.push_back(AsJson(known));
         else

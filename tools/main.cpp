@@ -18,7 +18,7 @@ using tympan::tool::ExitStatus;
 constexpr std::array kSubcommands{
     tympan::tool::AddInfo,   tympan::tool::AddPreview, tympan::tool::AddRows,
     tympan::tool::AddImport, tympan::tool::AddExport,  tympan::tool::AddCrop,
-    tympan::tool::AddStream, tympan::tool::AddCheck,
+    tympan::tool::AddStream, tympan::tool::AddCheck,   tympan::tool::AddIndex,
 };
 
 constexpr char kFooter[] = R"(Examples:
@@ -30,6 +30,7 @@ constexpr char kFooter[] = R"(Examples:
   tympan export photo.ct -o photo.tif
   tympan crop map.lw detail.lw --left 1001 --right 3000
   tympan stream map.lw -o map.runs --separation black
+  tympan index map.lw
 
 Exit status: 0 fine, 1 a file failed, 2 wrong usage.
 `tympan SUBCOMMAND --help` tells more.)";

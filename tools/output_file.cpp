@@ -21,8 +21,8 @@ namespace {
 
 constexpr std::array kEndingSignals{ SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGXCPU };
 
-// The names that a signal's handler removes, or null. A subcommand has two outputs at most.
-std::array<std::atomic<const char*>, 2> unfinished{};
+// The names that a signal's handler removes, or null. A subcommand has three outputs at most.
+std::array<std::atomic<const char*>, 3> unfinished{};
 static_assert(std::atomic<const char*>::is_always_lock_free);
 
 extern "C" void RemoveUnfinishedAndEnd(int signal)

@@ -7,7 +7,7 @@ namespace tympan::tool {
 
 /// An output under a temporary name in the folder of its path. `Commit` gives it its name, and
 /// replaces a file that is there by that alone; without it the destructor, or a signal that ends
-/// the program, removes it. Two at a time are guarded against signals.
+/// the program, removes it. Three at a time are guarded against signals.
 class OutputFile {
   public:
     /// Makes the temporary file, empty.

@@ -126,12 +126,28 @@ OpenedPicture Open(const std::string& path, const std::vector<std::string_view>&
     return formats.empty() ? OpenAnyPicture(name) : OpenAsAnyOf(name, formats);
 }
 
+// Once the head is read, only the side file can be missing.
+FileFailure JpegRefusal(const std::string& path, const BasePictureIF& picture)
+{
+    constexpr unsigned long kFileFailed = 90001;
+    if (CodeOf(picture) == kFileFailed && picture.FileNumberOfSeparations() > 0)
+        return { path,
+                 "its side file, of the same name with .bin, can't be opened or read; it tells "
+                 "where the rows stand",
+                 kFileFailed, "`tympan index FILE` makes it." };
+    return FailureOf(path, picture, "the head can't be read",
+                     "Its head has another form than is read here: `tympan import FILE -o OUT.jpg` "
+                     "makes a JPEG that has it.");
+}
+
 FileFailure Refusal(const std::string& path, const OpenedPicture& opened)
 {
     if (opened.picture == nullptr)
         return { path,
                  "is none of the formats that this build reads (" + FormatsOfThisBuild() + ")",
                  std::nullopt, "If you know its format, name it with --as." };
+    if (dynamic_cast<const JpegFileInterface*>(opened.picture.get()) != nullptr)
+        return JpegRefusal(path, *opened.picture);
     return FailureOf(path, *opened.picture,
                      "the header claims rows that the file can't hold or memory can't",
                      kDamagedAdvice);
@@ -175,6 +191,11 @@ CtFileInterface* Picture::AsCt() const
 LWFileInterface* Picture::AsLw() const
 {
     return dynamic_cast<LWFileInterface*>(opened_.picture.get());
+}
+
+JpegFileInterface* Picture::AsJpeg() const
+{
+    return dynamic_cast<JpegFileInterface*>(opened_.picture.get());
 }
 
 std::uint32_t Picture::Width() const

@@ -30,6 +30,7 @@ class Picture {
     /// Null for a picture of another format.
     CtFileInterface* AsCt() const;
     LWFileInterface* AsLw() const;
+    JpegFileInterface* AsJpeg() const;
 
     std::uint32_t Width() const;
     std::uint32_t Height() const;
@@ -44,7 +45,7 @@ class Picture {
     OpenedPicture opened_;
 };
 
-/// What to do about bad line work.
+/// What to do about a file whose rows are bad.
 inline constexpr char kCheckAdvice[] = "`tympan check FILE` tells all that is wrong with it.";
 
 /// What became of an opening: the object, if one was made, and the failure, if the file wasn't

@@ -24,12 +24,20 @@ struct Kind {
     std::unique_ptr<PictureSource> (*open)(const std::string& path);
 };
 
+constexpr Kind kJpeg{ "\xFF\xD8\xFF"sv, OpenJpegSource };
 constexpr std::array kKinds{
-    Kind{ "\xFF\xD8\xFF"sv, OpenJpegSource }, Kind{ "\x89PNG\r\n\x1A\n"sv, OpenPngSource },
-    Kind{ "II*\0"sv, OpenTiffSource },        Kind{ "MM\0*"sv, OpenTiffSource },
+    kJpeg,
+    Kind{ "\x89PNG\r\n\x1A\n"sv, OpenPngSource },
+    Kind{ "II*\0"sv, OpenTiffSource },
+    Kind{ "MM\0*"sv, OpenTiffSource },
     Kind{ "II+\0"sv, OpenTiffSource }, // beyond 4 GiB
     Kind{ "MM\0+"sv, OpenTiffSource },
 };
+
+bool IsOf(const Kind& kind, const std::string& bytes)
+{
+    return std::string_view(bytes).substr(0, kind.firstBytes.size()) == kind.firstBytes;
+}
 
 std::string FirstBytes(const std::string& path)
 {
@@ -81,11 +89,16 @@ Stream OpenStream(const std::string& path)
     return stream;
 }
 
+bool IsJpegFile(const std::string& path)
+{
+    return IsOf(kJpeg, FirstBytes(path));
+}
+
 std::unique_ptr<PictureSource> OpenPictureSource(const std::string& path)
 {
     const std::string bytes = FirstBytes(path);
     for (const Kind& kind : kKinds)
-        if (std::string_view(bytes).substr(0, kind.firstBytes.size()) == kind.firstBytes)
+        if (IsOf(kind, bytes))
             return kind.open(path);
     throw FileFailure(path, bytes.empty() ? "is empty" : "is not a JPEG, PNG or TIFF picture", {},
                       "Pictures of other kinds have to be turned into one of these first.");

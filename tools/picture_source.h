@@ -34,6 +34,9 @@ struct PixelsPerInch {
     double x, y;
 };
 
+/// What is taken for a picture that tells none.
+inline constexpr PixelsPerInch kUsualResolution{ 300.0, 300.0 };
+
 /// Red, green and blue.
 using Rgb = std::array<std::uint8_t, 3>;
 
@@ -45,6 +48,8 @@ struct SourceForm {
     std::optional<PixelsPerInch> resolution; ///< nothing when the file has none
     std::vector<std::uint8_t> profile;       ///< the ICC profile in the file, often none
     std::vector<Rgb> palette;                ///< the colour of each index that a row may hold
+    bool isJpeg = false;                     ///< whether it can be taken as coefficients too
+    bool hasExif = false;                    ///< a JPEG's notes: Exif, XMP
     std::vector<std::string> remarks;        ///< what the person should know, though all goes on
 
     std::size_t RowBytes() const { return std::size_t{ width } * SamplesPerPixel(kind); }
@@ -76,6 +81,10 @@ class PictureSource {
 /// Opens a JPEG, PNG or TIFF file, which it knows by its first bytes and not by its name.
 /// \throws FileFailure for any other, and for one that can't be read.
 std::unique_ptr<PictureSource> OpenPictureSource(const std::string& path);
+
+/// Whether the first bytes are those of a JPEG file.
+/// \throws FileFailure when the file can't be read.
+bool IsJpegFile(const std::string& path);
 
 /// The same picture with the colours of its palette in place of their numbers.
 std::unique_ptr<PictureSource> WithoutPalette(std::unique_ptr<PictureSource> source);

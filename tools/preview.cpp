@@ -2,6 +2,7 @@
 #include "box_average.h"
 #include "command.h"
 #include "failure.h"
+#include "jpeg_bands.h"
 #include "names.h"
 #include "output_file.h"
 #include "picture.h"
@@ -69,6 +70,14 @@ std::optional<ColorSeparationType> WantedSeparation(const PreviewOptions& option
 // Gives the rows in blue, green and red, from the top down.
 using GiveRows = std::function<void(const TakePixels& take)>;
 
+// Stores blue, green and red of a colour.
+template <typename Place>
+void PutColour(unsigned long packed, Place place)
+{
+    for (const unsigned int shift : { 16U, 8U, 0U })
+        *place++ = static_cast<std::uint8_t>(packed >> shift);
+}
+
 // All separations together, as the library draws them.
 GiveRows Composite(const Picture& picture, RowRange rows)
 {
@@ -82,6 +91,35 @@ GiveRows Composite(const Picture& picture, RowRange rows)
     };
 }
 
+// Blue, green and red of the pixels of a JPEG.
+void ShowDecoded(std::span<const std::uint8_t> row, std::size_t components,
+                 std::span<std::uint8_t> bgr)
+{
+    auto place = bgr.begin();
+    for (auto pixel = row.begin(); pixel != row.end();
+         pixel += static_cast<std::ptrdiff_t>(components), place += 3) {
+        if (components == 1)
+            std::fill_n(place, 3, *pixel);
+        else if (components == 3)
+            std::reverse_copy(pixel, pixel + 3, place);
+        else
+            PutColour(PictureFileInterface::CalculatePixelAsRGB(&*pixel), place);
+    }
+}
+
+// A JPEG as it is decoded.
+GiveRows Decoded(const Picture& picture, RowRange rows)
+{
+    return [=, &picture](const TakePixels& take) {
+        JpegBands bands(picture, rows);
+        std::vector<std::uint8_t> pixels(std::size_t{ picture.Width() } * 3);
+        for (std::uint32_t row = rows.first; row < rows.end; ++row) {
+            ShowDecoded(bands.Row(row), bands.Components(), pixels);
+            take(row, 0, pixels);
+        }
+    };
+}
+
 using Colour = std::array<std::uint8_t, 3>; // blue, green and red
 
 std::array<Colour, 256> TintsOf(ColorSeparationType separation)
@@ -90,8 +128,7 @@ std::array<Colour, 256> TintsOf(ColorSeparationType separation)
     for (std::size_t value = 0; value < tints.size(); ++value) {
         const unsigned long packed = PictureFileInterface::CalculatePixelAsRGB(
             static_cast<unsigned char>(value), separation);
-        for (unsigned int channel = 0; channel < 3; ++channel)
-            tints[value][channel] = static_cast<std::uint8_t>(packed >> (16U - 8U * channel));
+        PutColour(packed, tints[value].begin());
     }
     return tints;
 }
@@ -110,6 +147,14 @@ GiveRows Plate(const Picture& picture, RowRange rows, ColorSeparationType separa
             take(row, 0, pixels);
         }
     };
+}
+
+GiveRows GiverOf(const Picture& picture, RowRange rows,
+                 std::optional<ColorSeparationType> separation)
+{
+    if (separation)
+        return Plate(picture, rows, *separation);
+    return picture.AsJpeg() != nullptr ? Decoded(picture, rows) : Composite(picture, rows);
 }
 
 WrittenForm FormOf(const Picture& picture, PixelSize shown, PixelSize target)
@@ -138,7 +183,7 @@ void WritePreview(const Picture& picture, const PreviewOptions& options, RowRang
         png.Write(pngRow);
     });
     Progress progress("Drawing " + picture.Path(), shown.height);
-    const GiveRows give = separation ? Plate(picture, rows, *separation) : Composite(picture, rows);
+    const GiveRows give = GiverOf(picture, rows, separation);
     give([&](std::uint32_t row, std::uint32_t column, std::span<const std::uint8_t> pixels) {
         average.Add(row - rows.first, column, pixels);
         progress.Advance(column == 0 ? 1 : 0);
@@ -202,7 +247,7 @@ void AddPreview(CLI::App& app)
     command.footer(
         R"(Transparent colours of line work are shown as paper.
 Rows that a cut CT file doesn't hold are shown without ink, and the exit status is 1.
-Nothing is written when nearly all of a huge picture is missing, or when line work has a bad row.
+Nothing is written when nearly all of a huge picture is missing, or when line work or a JPEG has a bad row.
 With --fit each pixel is the mean of a box of whole pixels, each of which counts once.
 
 Example:

@@ -93,9 +93,11 @@ class ResampledRows : public RowSource {
             throw UsageFailure("--resolution: the picture would be more than " +
                                std::to_string(static_cast<long>(kLongestRow)) +
                                " pixels wide or high");
-        // The library refuses what a format can't do, and numbers that are none.
         buffer_.resize(width >= 1.0 ? static_cast<std::size_t>(width) : 1);
-        if (!ReadRow(0))
+        if (picture.AsJpeg() != nullptr && HasRatios())
+            decoded_.emplace(picture, std::vector{ separation }, rows);
+        // The library refuses what a format can't do, and numbers that are none.
+        if (!decoded_ && !ReadRow(0))
             throw picture_.Failure(Advice());
         const auto wholeHeight = static_cast<std::uint32_t>(height);
         firstRow_ = std::min(FirstRowOf(rows.first), wholeHeight);
@@ -140,9 +142,28 @@ class ResampledRows : public RowSource {
         return row;
     }
 
+    bool HasRatios() const
+    {
+        return std::isfinite(horizontal_) && std::isfinite(vertical_) && horizontal_ > 0.0 &&
+               vertical_ > 0.0;
+    }
+
+    // The pixels of a JPEG are repeated and dropped as those of line work are.
+    void Resample(std::span<const std::uint8_t> pixels)
+    {
+        for (std::size_t x = 0; x < buffer_.size(); ++x) {
+            const double column = static_cast<double>(x) / horizontal_;
+            buffer_[x] = pixels[std::min(static_cast<std::size_t>(column), pixels.size() - 1)];
+        }
+    }
+
     // A CT tells the pixels stored, other formats those of the file's row.
     bool ReadRow(std::uint32_t row)
     {
+        if (decoded_) {
+            Resample(decoded_->Row(FileRowOf(row), 0));
+            return true;
+        }
         const std::size_t told = picture_.AsCt() != nullptr ? buffer_.size() : picture_.Width();
         return object_.GetPictureRow(buffer_.data(), row, separation_, askedScan_, askedXScan_,
                                      static_cast<unsigned long>(buffer_.size())) == told;
@@ -150,8 +171,7 @@ class ResampledRows : public RowSource {
 
     std::string Advice() const
     {
-        if (!std::isfinite(horizontal_) || !std::isfinite(vertical_) || horizontal_ <= 0.0 ||
-            vertical_ <= 0.0)
+        if (!HasRatios())
             return "The header gives no size in inches: leave --resolution away.";
         if (picture_.AsCt() == nullptr)
             return {};
@@ -171,8 +191,9 @@ class ResampledRows : public RowSource {
     double askedXScan_;
     double horizontal_;
     double vertical_;
-    std::vector<std::uint8_t> buffer_; // one row
-    std::uint32_t firstRow_ = 0;       // of the output's whole picture
+    std::optional<SeparationBands> decoded_; // a JPEG's
+    std::vector<std::uint8_t> buffer_;       // one row
+    std::uint32_t firstRow_ = 0;             // of the output's whole picture
     std::uint32_t endRow_ = 0;
 };
 
@@ -229,18 +250,21 @@ void AddRows(CLI::App& app)
     command.add_option("--rows", options->rows, kRowsHelp)->check(RefuseEmpty);
     command
         .add_option("--resolution", options->resolution,
-                    "Resample to R pixels per inch by repeating pixels, or for line work also by "
-                    "dropping them; a CT's can't be below the file's")
+                    "Resample to R pixels per inch by repeating pixels, or but for a CT also by "
+                    "dropping them")
         ->check(CLI::Range(0.001, 1e6));
     AddAsOption(command, options->asFormat);
     command.footer(R"(Nothing is written when the file doesn't hold all the rows.
 --rows counts the file's own rows, with --resolution too.
+An RGB JPEG has its red as cyan, its green as magenta and its blue as yellow, for a red of
+255 is no cyan; a grey one has black.
 Transparent colours of line work have the value that the library gives them, which no
 other colour has: `tympan info` tells it. preview and export show them as paper.
 
 Example:
   tympan rows photo.ct --separation cyan -o cyan.tif
-  tympan rows photo.ct --separation 3 -o black.raw --rows 100:200)");
+  tympan rows photo.ct --separation 3 -o black.raw --rows 100:200
+  tympan rows photo.jpg --separation cyan -o red.png)");
     command.callback([options] { Guard(options->file, [&] { Rows(*options); }); });
 }
 

@@ -22,17 +22,35 @@ bool Read(const Picture& picture, RowRange rows, ColorSeparationType separation,
     return read == std::uint64_t{ rows.Count() } * picture.Width();
 }
 
+// The places of separations among those that a picture has.
+std::vector<std::size_t> PlacesOf(const Picture& picture,
+                                  const std::vector<ColorSeparationType>& separations)
+{
+    const std::vector<ColorSeparationType> all = SeparationsOf(picture.Object());
+    std::vector<std::size_t> places(separations.size());
+    std::transform(separations.begin(), separations.end(), places.begin(), [&](auto separation) {
+        return static_cast<std::size_t>(std::find(all.begin(), all.end(), separation) -
+                                        all.begin());
+    });
+    return places;
+}
+
 } // namespace
 
 SeparationBands::SeparationBands(const Picture& picture,
                                  std::vector<ColorSeparationType> separations, RowRange rows)
     : picture_(picture), separations_(std::move(separations)), rows_(rows),
+      samples_(PlacesOf(picture, separations_)),
       bandRows_(std::clamp<std::size_t>(
-          kBandBytes / (std::size_t{ picture.Width() } * separations_.size()), 1, rows.Count())),
+          kBandBytes / std::max<std::size_t>(picture.Width() * separations_.size(), 1), 1,
+          rows.Count())),
       planes_(separations_.size(), std::vector<std::uint8_t>(picture.Width() * bandRows_)), band_{
           rows.first, rows.first
       }
-{}
+{
+    if (picture.AsJpeg() != nullptr)
+        jpeg_.emplace(picture, rows);
+}
 
 std::span<const std::uint8_t> SeparationBands::Row(std::uint32_t row, std::size_t separation)
 {
@@ -47,10 +65,28 @@ void SeparationBands::ReadBand(std::uint32_t firstRow)
     constexpr std::uint8_t kNoInk = 255;
     band_ = { firstRow,
               static_cast<std::uint32_t>(std::min<std::size_t>(firstRow + bandRows_, rows_.end)) };
+    if (jpeg_) {
+        Decode(*jpeg_);
+        return;
+    }
     for (std::size_t i = 0; i < separations_.size(); ++i) {
         std::fill(planes_[i].begin(), planes_[i].end(), kNoInk);
         if (!Read(picture_, band_, separations_[i], planes_[i]))
             throw RowsFailure(picture_, band_);
+    }
+}
+
+void SeparationBands::Decode(JpegBands& jpeg)
+{
+    const std::size_t width = picture_.Width();
+    const std::size_t components = jpeg.Components();
+    for (std::uint32_t row = band_.first; row < band_.end; ++row) {
+        const std::span<const std::uint8_t> pixels = jpeg.Row(row);
+        for (std::size_t i = 0; i < planes_.size(); ++i) {
+            std::uint8_t* const plate = planes_[i].data() + (row - band_.first) * width;
+            for (std::size_t x = 0; x < width; ++x)
+                plate[x] = pixels[x * components + samples_[i]];
+        }
     }
 }
 

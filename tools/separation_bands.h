@@ -1,17 +1,19 @@
 // Rows of separations as pixels, whatever the picture's format.
 #pragma once
 
+#include "jpeg_bands.h"
 #include "picture.h"
 #include "row_range.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <vector>
 
 namespace tympan::tool {
 
-/// Some rows of some separations, from the top down, read in bands of a few MiB.
+/// Some rows of some separations, from the top down, read or decoded in bands of a few MiB.
 class SeparationBands {
   public:
     /// \param picture one that has rows; it outlives the bands
@@ -25,10 +27,13 @@ class SeparationBands {
 
   private:
     void ReadBand(std::uint32_t firstRow);
+    void Decode(JpegBands& jpeg);
 
     const Picture& picture_;
     std::vector<ColorSeparationType> separations_;
     RowRange rows_;
+    std::optional<JpegBands> jpeg_;    // nothing for other formats
+    std::vector<std::size_t> samples_; // of a JPEG's pixel, the places of the separations
     std::size_t bandRows_;
     std::vector<std::vector<std::uint8_t>> planes_;
     RowRange band_;

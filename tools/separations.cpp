@@ -43,11 +43,15 @@ ColorSeparationType ParseSeparation(const std::string& text)
 
 std::vector<ColorSeparationType> SeparationsOf(const BasePictureIF& picture)
 {
-    std::vector<ColorSeparationType> separations;
     const unsigned int count =
         std::min(picture.FileNumberOfSeparations(), PictureParameters::kSlots);
-    for (unsigned int slot = 0; slot < count; ++slot)
-        separations.push_back(picture.FileSeparation(slot));
+    const bool isJpeg = dynamic_cast<const JpegFileInterface*>(&picture) != nullptr;
+    if (isJpeg && count == 1)
+        return { Black };
+    std::vector<ColorSeparationType> separations;
+    for (unsigned int slot = 0; slot < count; ++slot) // of a JPEG's slots only the first is filled
+        separations.push_back(isJpeg ? BasePictureIF::AvailableSeps(slot)
+                                     : picture.FileSeparation(slot));
     return separations;
 }
 
@@ -62,9 +66,10 @@ std::string NamesOf(const std::vector<ColorSeparationType>& separations)
 void RequireSeparation(const std::string& path, const BasePictureIF& picture,
                        ColorSeparationType separation)
 {
-    if (!picture.SeparationExists(separation))
+    const std::vector<ColorSeparationType> present = SeparationsOf(picture);
+    if (std::find(present.begin(), present.end(), separation) == present.end())
         throw FileFailure(path, "has no separation " + NameOf(separation), std::nullopt,
-                          "It has: " + NamesOf(SeparationsOf(picture)) + ".");
+                          "It has: " + NamesOf(present) + ".");
 }
 
 } // namespace tympan::tool

@@ -15,7 +15,8 @@ std::string NameOf(ColorSeparationType separation);
 /// \throws UsageFailure for anything else.
 ColorSeparationType ParseSeparation(const std::string& text);
 
-/// The separations of a picture in the order of its slots.
+/// The separations of a picture in the order of its slots. A JPEG has black when it is grey, and the
+/// first three, of which red, green and blue are the inverse, when it is RGB.
 std::vector<ColorSeparationType> SeparationsOf(const BasePictureIF& picture);
 
 /// "cyan, magenta, yellow, black".

@@ -1,7 +1,11 @@
-// `tympan stream`: one separation of line work as the run stream that places it.
+// `tympan stream`: line work as the run stream that places it, one separation in parts or all of them as
+// indexes.
+#include "stream.h"
+
 #include "command.h"
 #include "failure.h"
 #include "names.h"
+#include "offsets_file.h"
 #include "output_file.h"
 #include "picture.h"
 #include "plain_file.h"
@@ -26,17 +30,7 @@ namespace tympan::tool {
 
 namespace {
 
-struct StreamOptions {
-    std::string file;
-    std::string asFormat;
-    std::string output;
-    std::string offsets;
-    std::string separation;
-    std::uint32_t copies = 1;
-    std::uint32_t gap = 0;
-    std::uint32_t white = 255;
-    bool lengthFirst = false;
-};
+constexpr unsigned int kNoInk = 255;
 
 constexpr char kFooter[] =
     R"(A row is the bytes 0 0, white that brings the width to a multiple of 4096, the copies
@@ -44,9 +38,14 @@ with gaps between them, and 0 0. A run is two bytes: ink value (255 is no ink), 
 Transparent colours have the value that the library gives them, which no other colour has:
 `tympan info` tells it. Only line work (LW) has runs.
 
+With --indexes a run has the colour's index, from 1, in place of an ink value, and one stream
+serves all separations. --lut writes what makes ink values of it: for each separation of the
+picture, in its order, a byte for each colour, that of index 1 first.
+
 Example:
   tympan stream map.lw -o map.runs --separation black --offsets map.offsets
-  tympan stream label.lw -o sheet.runs --separation cyan --copies 3 --gap 120)";
+  tympan stream label.lw -o sheet.runs --separation cyan --copies 3 --gap 120
+  tympan stream map.lw -o map.indexes --indexes --lut map.lut)";
 
 // Some rows of the stream.
 struct StreamBand {
@@ -61,12 +60,7 @@ class RunStream {
     RunStream(const Picture& picture, ColorSeparationType separation, const StreamOptions& options)
         : picture_(picture), lineWork_(RequireLineWork(picture, "made a stream")),
           separation_(separation), options_(options)
-    {
-        const std::uint64_t gaps = options.copies - std::uint64_t{ 1 };
-        if (picture.Width() * std::uint64_t{ options.copies } + gaps * options.gap > kMostPixels)
-            throw UsageFailure("--copies, --gap: a row of the stream would be more than " +
-                               std::to_string(kMostPixels) + " pixels wide");
-    }
+    {}
 
     /// The rows from `firstRow` on, as many as make a band; the bands are asked for in order. A band
     /// holds until the next call.
@@ -123,7 +117,7 @@ class RunStream {
         offsets_.resize(rows.Count());
         unsigned char* end = buffer_.get();
         unsigned long* endOffset = offsets_.data();
-        const auto white = static_cast<unsigned char>(options_.white);
+        const auto white = static_cast<unsigned char>(options_.white.value_or(kNoInk));
         if (lineWork_.GetLWPictureRows(end, rows.first, rows.end - 1, endOffset, 0, separation_,
                                        options_.gap, options_.copies, white, 0,
                                        !options_.lengthFirst) != rows.end)
@@ -134,7 +128,6 @@ class RunStream {
     static constexpr std::uint64_t kRunBytes = 2;
     static constexpr std::uint64_t kBandBytes = 8U << 20U;
     static constexpr std::uint64_t kMostBytes = 1U << 30U; // of a row
-    static constexpr std::uint64_t kMostPixels = std::numeric_limits<std::int32_t>::max();
     static constexpr std::uint64_t kFirstGuess = 64U << 10U;
 
     const Picture& picture_;
@@ -147,36 +140,6 @@ class RunStream {
     std::vector<unsigned long> offsets_;
     std::uint64_t rowBytes_ = kFirstGuess; // of a row of the band before, about
     bool oddRuns_ = false;
-};
-
-// The places of the rows, when they are asked for.
-class OffsetsFile {
-  public:
-    OffsetsFile(const StreamOptions& options)
-    {
-        if (options.offsets.empty())
-            return;
-        output_.emplace(options.offsets, options.file);
-        file_.emplace(*output_);
-    }
-
-    void Write(std::uint64_t offset)
-    {
-        if (file_)
-            file_->Write(std::to_string(offset) + '\n');
-    }
-
-    void Finish()
-    {
-        if (!file_)
-            return;
-        file_->Finish();
-        output_->Commit();
-    }
-
-  private:
-    std::optional<OutputFile> output_;
-    std::optional<PlainFile> file_;
 };
 
 void WriteStream(const Picture& picture, RunStream& stream, PlainFile& file, OffsetsFile& offsets)
@@ -194,31 +157,57 @@ void WriteStream(const Picture& picture, RunStream& stream, PlainFile& file, Off
     }
 }
 
-// Two outputs of one name would take each other's place.
-void RequireOtherName(const StreamOptions& options)
+// Outputs of one name would take each other's place.
+void RequireOtherNames(const StreamOptions& options)
 {
     const auto whole = [](const std::string& path) {
         std::error_code error;
         return std::filesystem::weakly_canonical(path, error);
     };
-    if (!options.offsets.empty() && whole(options.offsets) == whole(options.output))
-        throw UsageFailure(options.offsets + ": the offsets need a file of their own");
+    std::vector<std::filesystem::path> taken{ whole(options.output) };
+    for (const std::string& path : { options.offsets, options.lut }) {
+        if (path.empty())
+            continue;
+        if (std::find(taken.begin(), taken.end(), whole(path)) != taken.end())
+            throw UsageFailure(path + ": each output needs a file of its own");
+        taken.push_back(whole(path));
+    }
 }
 
-void Stream(const StreamOptions& options)
+void RequireWidth(const Picture& picture, const StreamOptions& options)
+{
+    constexpr std::uint64_t kMostPixels = std::numeric_limits<std::int32_t>::max();
+    const std::uint64_t gaps = options.copies - std::uint64_t{ 1 };
+    if (picture.Width() * std::uint64_t{ options.copies } + gaps * options.gap > kMostPixels)
+        throw UsageFailure("--copies, --gap: a row of the stream would be more than " +
+                           std::to_string(kMostPixels) + " pixels wide");
+}
+
+void StreamSeparation(const Picture& picture, const StreamOptions& options)
 {
     const ColorSeparationType separation = ParseSeparation(options.separation);
-    RequireOtherName(options);
-    const Picture picture = OpenPicture(options.file, options.asFormat);
     RunStream stream(picture, separation, options);
     RequireSeparation(options.file, picture.Object(), separation);
     OutputFile output(options.output, options.file);
-    OffsetsFile offsets(options);
+    OffsetsFile offsets(options.offsets, options.file);
     PlainFile file(output);
     WriteStream(picture, stream, file, offsets);
     file.Finish();
     offsets.Finish();
     output.Commit();
+}
+
+void Stream(const StreamOptions& options)
+{
+    if (options.indexes == !options.separation.empty())
+        throw UsageFailure("name the separation by --separation, or ask for all by --indexes");
+    if (!options.separation.empty())
+        ParseSeparation(options.separation);
+    RequireOtherNames(options);
+    const Picture picture = OpenPicture(options.file, options.asFormat);
+    RequireLineWork(picture, "made a stream");
+    RequireWidth(picture, options);
+    options.indexes ? StreamIndexes(picture, options) : StreamSeparation(picture, options);
 }
 
 } // namespace
@@ -232,25 +221,46 @@ void AddStream(CLI::App& app)
     command.add_option("IN", options->file, "An LW file")->required();
     command.add_option("-o,--output", options->output, "The file to write, of bytes alone")
         ->required();
-    command
-        .add_option("--separation", options->separation,
-                    "The separation: cyan, magenta, yellow, black or 0 to 3")
-        ->required();
+    auto* const separation =
+        command
+            .add_option("--separation", options->separation,
+                        "The separation: cyan, magenta, yellow, black or 0 to 3")
+            ->check(RefuseEmpty);
+    auto* const indexes =
+        command
+            .add_flag("--indexes", options->indexes,
+                      "Give colour indexes, for all separations, in place of one's ink values")
+            ->excludes(separation);
     command.add_option("--copies", options->copies, "Copies of the picture side by side")
         ->check(CLI::Range(std::int32_t{ 1 }, kMost))
         ->default_str("1");
     command.add_option("--gap", options->gap, "White pixels between each two copies")
         ->check(CLI::Range(std::int32_t{ 0 }, kMost))
         ->default_str("0");
-    command.add_option("--white", options->white, "The ink value of white")
-        ->check(CLI::Range(0, 255))
-        ->default_str("255");
+    command
+        .add_option("--white", options->white,
+                    "The ink value of white (255); with --indexes its index (that of the first "
+                    "colour without ink)")
+        ->check(CLI::Range(0, 255));
     command.add_flag("--length-first", options->lengthFirst,
                      "Give each run as length, value in place of value, length");
     command
         .add_option("--offsets", options->offsets,
                     "Write the place of each row in the output here, a decimal number a line")
         ->check(RefuseEmpty);
+    command.add_option("--lut", options->lut, "Write the tables of ink values here")
+        ->needs(indexes)
+        ->check(RefuseEmpty);
+    command
+        .add_flag("--transparent-as-paper", options->transparentAsPaper,
+                  "In the tables, let transparent colours have no ink")
+        ->needs(indexes);
+    command
+        .add_option("--max-memory", options->maxMemory,
+                    "The most that --indexes may hold in memory, such as 512MiB")
+        ->needs(indexes)
+        ->transform(CLI::AsSizeValue(false))
+        ->default_str("4GiB");
     AddAsOption(command, options->asFormat);
     command.footer(kFooter);
     command.callback([options] { Guard(options->file, [&] { Stream(*options); }); });

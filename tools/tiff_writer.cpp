@@ -11,7 +11,22 @@ namespace {
 
 constexpr std::uint64_t SamplesOf(TiffColour colour)
 {
-    return colour == TiffColour::CmykInk ? 4 : 1;
+    switch (colour) {
+    case TiffColour::Grey: break;
+    case TiffColour::Rgb: return 3;
+    case TiffColour::CmykInk: return 4;
+    }
+    return 1;
+}
+
+constexpr int PhotometricOf(TiffColour colour)
+{
+    switch (colour) {
+    case TiffColour::Grey: break;
+    case TiffColour::Rgb: return PHOTOMETRIC_RGB;
+    case TiffColour::CmykInk: return PHOTOMETRIC_SEPARATED;
+    }
+    return PHOTOMETRIC_MINISBLACK;
 }
 
 // A plain TIFF has places of 32 bits. Compressed rows can be a little longer than plain ones.
@@ -42,18 +57,16 @@ TiffWriter::TiffWriter(const OutputFile& output, const WrittenForm& form, TiffCo
 bool TiffWriter::SetTags(const WrittenForm& form, TiffColour colour)
 {
     TIFF* const tiff = tiff_.Handle();
-    const bool inInks = colour == TiffColour::CmykInk;
     return TIFFSetField(tiff, TIFFTAG_IMAGEWIDTH, form.width) == 1 &&
            TIFFSetField(tiff, TIFFTAG_IMAGELENGTH, form.height) == 1 &&
            TIFFSetField(tiff, TIFFTAG_BITSPERSAMPLE, 8) == 1 &&
            TIFFSetField(tiff, TIFFTAG_SAMPLESPERPIXEL, static_cast<int>(SamplesOf(colour))) == 1 &&
-           TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC,
-                        inInks ? PHOTOMETRIC_SEPARATED : PHOTOMETRIC_MINISBLACK) == 1 &&
+           TIFFSetField(tiff, TIFFTAG_PHOTOMETRIC, PhotometricOf(colour)) == 1 &&
            TIFFSetField(tiff, TIFFTAG_PLANARCONFIG, PLANARCONFIG_CONTIG) == 1 &&
            TIFFSetField(tiff, TIFFTAG_COMPRESSION, COMPRESSION_ADOBE_DEFLATE) == 1 &&
            TIFFSetField(tiff, TIFFTAG_PREDICTOR, PREDICTOR_HORIZONTAL) == 1 &&
            TIFFSetField(tiff, TIFFTAG_ROWSPERSTRIP, RowsPerStrip(form, colour)) == 1 &&
-           (!inInks || SetInks());
+           (colour != TiffColour::CmykInk || SetInks());
 }
 
 bool TiffWriter::SetInks()

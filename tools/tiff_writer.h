@@ -11,8 +11,9 @@
 
 namespace tympan::tool {
 
-/// The samples of a pixel: a grey, 255 white; or the inks C, M, Y and K, 255 full ink.
-enum class TiffColour { Grey, CmykInk };
+/// The samples of a pixel: a grey, 255 white; red, green and blue; or the inks C, M, Y and K, 255
+/// full ink.
+enum class TiffColour { Grey, Rgb, CmykInk };
 
 class TiffWriter : public RowWriter {
   public:

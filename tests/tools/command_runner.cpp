@@ -12,6 +12,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <fstream>
+#include <sstream>
 #include <stdexcept>
 #include <system_error>
 
@@ -121,6 +122,15 @@ Outcome RunningCommand::Wait()
 Outcome RunCommand(const std::vector<std::string>& arguments, const Limits& limits)
 {
     return RunningCommand(arguments, limits).Wait();
+}
+
+Outcome RunWords(const std::string& words, const TemporaryFolder& folder)
+{
+    std::vector<std::string> arguments;
+    std::istringstream in(words);
+    for (std::string word; in >> word;)
+        arguments.push_back(word[0] == '@' ? folder / word.substr(1) : word);
+    return RunCommand(arguments);
 }
 
 std::string CommandPath()

@@ -25,6 +25,9 @@ struct Limits {
 /// Runs the command with these arguments and waits for it.
 Outcome RunCommand(const std::vector<std::string>& arguments, const Limits& limits = {});
 
+/// The same with arguments between blanks, those that begin with @ as files of the folder.
+Outcome RunWords(const std::string& words, const TemporaryFolder& folder);
+
 /// Where the command stands.
 std::string CommandPath();
 

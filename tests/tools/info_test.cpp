@@ -56,8 +56,11 @@ TEST(Info, JsonOfAPictureHasEveryKey)
         { "bits_per_sample", 8 },
         { "row_size", 301 },
         { "nlw", false },
+        { "index", nullptr },
         { "colors", nullptr },
         { "transparent_colors", nullptr },
+        { "blocks", nullptr },
+        { "mcu_number", nullptr },
     };
     EXPECT_EQ(InfoOf(folder / "a.ct", 0).dump(), expected.dump());
     const ordered_json runs = InfoOf(folder / "a.ct", 0, { "--runs" });
@@ -137,13 +140,27 @@ TEST(Info, TellsErrorAndCodeOfABadFile)
 {
     const std::vector<std::string> refused{ "file", "format", "error", "code" };
     const std::vector<std::string> unknown{ "file", "error", "code" };
-    const std::vector<std::string> all{
-        "file",         "format",       "file_type",   "width",
-        "height",       "width_in",     "height_in",   "resolution",
-        "resolution_x", "resolution_y", "separations", "bits_per_sample",
-        "row_size",     "nlw",          "colors",      "transparent_colors",
-        "error",        "code"
-    };
+    const std::vector<std::string> all{ "file",
+                                        "format",
+                                        "file_type",
+                                        "width",
+                                        "height",
+                                        "width_in",
+                                        "height_in",
+                                        "resolution",
+                                        "resolution_x",
+                                        "resolution_y",
+                                        "separations",
+                                        "bits_per_sample",
+                                        "row_size",
+                                        "nlw",
+                                        "index",
+                                        "colors",
+                                        "transparent_colors",
+                                        "blocks",
+                                        "mcu_number",
+                                        "error",
+                                        "code" };
     struct {
         const char* name;
         std::string bytes;

@@ -20,16 +20,6 @@ namespace {
 using namespace tympan::test;
 using testing::HasSubstr;
 
-// Runs the command with the words, those that begin with @ as files of the folder.
-Outcome RunWords(const std::string& words, const TemporaryFolder& folder)
-{
-    std::vector<std::string> arguments;
-    std::istringstream in(words);
-    for (std::string word; in >> word;)
-        arguments.push_back(word[0] == '@' ? folder / word.substr(1) : word);
-    return RunCommand(arguments);
-}
-
 // ---- crop
 
 struct CropCase {
@@ -171,7 +161,7 @@ constexpr RefusalCase kRefusals[] = {
     { "stream @a.lw -o @b --separation 0 --copies 200000000", 2, "--copies" },
     { "stream @a.lw -o @b --separation 0 --white 256", 2, "--white" },
     { "stream @a.lw -o @b", 2, "--separation" },
-    { "stream @a.lw -o @b --separation 0 --offsets @./b", 2, "a file of their own" },
+    { "stream @a.lw -o @b --separation 0 --offsets @./b", 2, "a file of its own" },
     { "stream @a.lw -o @b --separation 0 --offsets @a.lw", 2, "is the input" },
     { "stream @a.ct -o @b --separation 0", 1, "only line work (LW)" },
     { "stream @one.lw -o @b --separation 3", 1, "has no separation black" },

@@ -202,6 +202,8 @@ void WriteJpeg(const std::string& path, const Samples& samples, const JpegForm& 
     jpeg.Y_density = form.y;
     if (!form.exif.empty())
         jpeg.write_JFIF_header = FALSE;
+    if (form.change != nullptr)
+        form.change(jpeg);
     jpeg_start_compress(&jpeg, TRUE);
     if (!form.exif.empty())
         jpeg_write_marker(&jpeg, JPEG_APP0 + 1, reinterpret_cast<const JOCTET*>(form.exif.data()),
@@ -213,6 +215,33 @@ void WriteJpeg(const std::string& path, const Samples& samples, const JpegForm& 
     }
     jpeg_finish_compress(&jpeg);
     jpeg_destroy_compress(&jpeg);
+}
+
+Samples ReadJpeg(const std::string& path)
+{
+    const File file(std::fopen(path.c_str(), "rb"));
+    if (file == nullptr)
+        throw std::runtime_error("can't read " + path);
+    jpeg_error_mgr errors{};
+    jpeg_decompress_struct jpeg{};
+    jpeg.err = jpeg_std_error(&errors);
+    jpeg_create_decompress(&jpeg);
+    jpeg_stdio_src(&jpeg, file.get());
+    jpeg_read_header(&jpeg, TRUE);
+    jpeg_start_decompress(&jpeg);
+    Samples samples{
+        jpeg.output_width, jpeg.output_height, static_cast<unsigned int>(jpeg.output_components), {}
+    };
+    std::vector<JSAMPLE> row(std::size_t{ samples.width } * samples.perPixel);
+    while (jpeg.output_scanline < jpeg.output_height) {
+        JSAMPROW rows[] = { row.data() };
+        jpeg_read_scanlines(&jpeg, rows, 1);
+        samples.numbers.insert(samples.numbers.end(), row.begin(), row.end());
+    }
+    jpeg_finish_decompress(&jpeg);
+    EXPECT_EQ(errors.num_warnings, 0) << path;
+    jpeg_destroy_decompress(&jpeg);
+    return samples;
 }
 
 void WriteTiff(const std::string& path, const Samples& samples, const TiffForm& form)

@@ -12,6 +12,8 @@
 #include <utility>
 #include <vector>
 
+struct jpeg_compress_struct;
+
 namespace tympan::test {
 
 /// Samples as numbers of as many bits as are stored, those of a pixel together, rows from the top.
@@ -51,8 +53,13 @@ struct JpegForm {
     std::uint16_t x = 1;
     std::uint16_t y = 1;
     std::string exif = {}; ///< an APP1 segment, which takes the place of the JFIF one
+    void (*change)(jpeg_compress_struct& jpeg) = nullptr; ///< of anything else, before it begins
 };
 void WriteJpeg(const std::string& path, const Samples& samples, const JpegForm& form);
+
+/// A JPEG decoded as a whole: grey, RGB, or CMYK as it is stored. Fails the running test when libjpeg
+/// warns of anything.
+Samples ReadJpeg(const std::string& path);
 
 struct TiffForm {
     Photometric as;
