@@ -22,5 +22,6 @@ inline constexpr std::size_t kHeaderEnd = 1080;
 
 inline constexpr unsigned char kInchesCode = 1;
 inline constexpr unsigned char kMillimetresCode = 0; // as every other value but that of inches
+inline constexpr double kInchesPerMillimetre = 0.03937007874015748;
 
 } // namespace tympan

@@ -25,7 +25,6 @@
 
 namespace {
 
-constexpr double kInchesPerMillimetre = 0.03937007874015748;
 constexpr char kNlwMark = 2;
 constexpr ColorSeparationType kNone = NoSeparation;
 
@@ -182,7 +181,7 @@ void PictureParameters::Decode(const HeaderField& field, std::string_view bytes)
     case Form::NlwMark: nlw_ = bytes[0] == kNlwMark; break;
     case Form::FileType: fileType_ = std::string(bytes).c_str(); break; // ends at a zero byte
     case Form::UnitsCode:
-        fileSizeUnitsFactor_ = bytes[0] == tympan::kInchesCode ? 1.0 : kInchesPerMillimetre;
+        fileSizeUnitsFactor_ = bytes[0] == tympan::kInchesCode ? 1.0 : tympan::kInchesPerMillimetre;
         break;
     case Form::Separations: TakeSeparations(bytes); break;
     case Form::FloatText:

@@ -6,6 +6,7 @@
 #include "core/failure_guard.h"
 #include "core/failures.h"
 #include "core/picture_parameters.h"
+#include "core/whole_or_empty.h"
 #include "jpeg/block_walk.h"
 #include "jpeg/jpeg_layout.h"
 #include "jpeg/side_file.h"
@@ -32,35 +33,6 @@ constexpr tympan::FailureRow kSizeFailures[] = {
 
 constexpr UINT kInput = CFile::modeRead | CFile::shareDenyWrite | CFile::typeBinary;
 constexpr UINT kOutput = CFile::modeCreate | CFile::modeWrite | CFile::typeBinary;
-
-// Empties a side file unless it is said to be whole: no part of an index may pass for all of it.
-class WholeOrEmpty {
-  public:
-    WholeOrEmpty(CFile& file, const CString& name) : file_(file), name_(name) {}
-    WholeOrEmpty(const WholeOrEmpty&) = delete;
-    WholeOrEmpty& operator=(const WholeOrEmpty&) = delete;
-    ~WholeOrEmpty()
-    {
-        if (isWhole_)
-            return;
-        const bool isCut = tympan::Guarded(tympan::NoTrace(), kAnyFailure, [&] {
-            file_.SetLength(0);
-            file_.Close();
-        });
-        if (!isCut) // as where it was the closing that failed
-            tympan::Guarded(tympan::NoTrace(), kAnyFailure, [&] {
-                file_.Open(name_, kOutput);
-                file_.Close();
-            });
-    }
-
-    void IsWhole() { isWhole_ = true; }
-
-  private:
-    CFile& file_;
-    const CString& name_;
-    bool isWhole_ = false;
-};
 
 } // namespace
 
@@ -156,7 +128,7 @@ void JpegCompBlocksInfo::Close()
         tympan::Guarded(tympan::NoTrace(), kAnyFailure, [&] { sideFile_.Close(); });
         return;
     }
-    WholeOrEmpty keeper(sideFile_, sideFileName_);
+    tympan::WholeOrEmpty keeper(sideFile_, sideFileName_);
     Write(image);
     sideFile_.Close();
     keeper.IsWhole();

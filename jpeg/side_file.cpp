@@ -13,8 +13,6 @@ namespace tympan {
 
 namespace {
 
-constexpr double kInchesPerMillimetre = 0.03937007874015748;
-
 double SizeIn(const SideHeadBytes& bytes, std::size_t offset, double factor)
 {
     const auto* const text = reinterpret_cast<const char*>(bytes.data() + offset);

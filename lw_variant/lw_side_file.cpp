@@ -1,7 +1,7 @@
 // Makes, reads and recognises the side file of line work.
 #include "lw_variant/lw_side_file.h"
 
-#include "core/failure_guard.h"
+#include "core/whole_or_empty.h"
 #include "lw_variant/velmar_lw_file.h"
 #include "platform/file_system.h"
 
@@ -14,29 +14,6 @@
 #include <system_error>
 
 namespace {
-
-using tympan::Caught;
-using tympan::FailureRow;
-
-// What is left of a side file when it can't be written whole would tell a size of fewer digits.
-class CutUnlessWhole {
-  public:
-    explicit CutUnlessWhole(CFile& file) : file_(file) {}
-    CutUnlessWhole(const CutUnlessWhole&) = delete;
-    CutUnlessWhole& operator=(const CutUnlessWhole&) = delete;
-    ~CutUnlessWhole()
-    {
-        static constexpr FailureRow kNoCut[] = { { Caught::Anything, 0, nullptr } };
-        if (!isWhole_)
-            tympan::Guarded(tympan::NoTrace(), kNoCut, [&] { file_.SetLength(0); });
-    }
-
-    void IsWhole() { isWhole_ = true; }
-
-  private:
-    CFile& file_;
-    bool isWhole_ = false;
-};
 
 // Whether two paths lead to one file, however they are written.
 bool AreSame(const CString& left, const CString& right)
@@ -142,7 +119,7 @@ unsigned long VelmarLWFileInterface::CreateLwBinFile(CString& fileName, bool rea
 void VelmarLWFileInterface::MakeSideFile(const CString& path, bool& fileIsValid)
 {
     CFile file(path, CFile::modeCreate | CFile::modeWrite);
-    CutUnlessWhole uncut(file);
+    tympan::WholeOrEmpty keeper(file, path);
     fileIsValid = FileValidityCheck();
     if (fileIsValid) {
         GetLWBufferSize();
@@ -151,6 +128,6 @@ void VelmarLWFileInterface::MakeSideFile(const CString& path, bool& fileIsValid)
             tympan::LwSideFileOf(record != nullptr ? record->LwFileSize() : 0);
         file.Write(content.data(), content.size());
     }
-    uncut.IsWhole();
     file.Close();
+    keeper.IsWhole();
 }

@@ -2,6 +2,7 @@
 #include "tools/command_runner.h"
 #include "tools/ct_pictures.h"
 #include "tools/lw_pictures.h"
+#include "tools/refusals.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -124,12 +125,6 @@ TEST(Index, KeepsTheSizeOfTheStreamInAHundredBytes)
     EXPECT_EQ(IndexOf(folder), "none") << "another picture's";
 }
 
-struct RefusalCase {
-    const char* arguments;
-    int status;
-    const char* told; // on standard error
-};
-
 constexpr RefusalCase kRefusals[] = {
     { "index @long.lw", 1, "(code 90025)" },
     { "index @half.lw", 1, "(code 90001)" },
@@ -165,14 +160,7 @@ TEST(Index, WrongUsageAndBadRowsAreToldAndLeaveNothing)
     WriteFile(folder / "last.lw", file.substr(0, file.size() - 5));
     WriteFile(folder / "jpeg.bin", std::string(264, '\1'));
     WriteFile(folder / "a.ct", RandomCt(10, 20).File());
-    const std::size_t entries = folder.Entries();
-    for (const RefusalCase& asked : kRefusals) {
-        SCOPED_TRACE(asked.arguments);
-        const Outcome outcome = RunWords(asked.arguments, folder);
-        EXPECT_EQ(outcome.status, asked.status) << outcome.err;
-        EXPECT_THAT(outcome.err, HasSubstr(asked.told));
-        EXPECT_EQ(folder.Entries(), entries) << "something was left behind";
-    }
+    ExpectRefused(kRefusals, folder);
     EXPECT_EQ(ReadFile(folder / "picture.bin"), file);
 }
 

@@ -2,6 +2,7 @@
 #include "tools/command_runner.h"
 #include "tools/ct_pictures.h"
 #include "tools/lw_pictures.h"
+#include "tools/refusals.h"
 
 #include <tympan/tympan.h>
 
@@ -139,12 +140,6 @@ TEST(Stream, HasDefaults)
 
 // ---- refusals
 
-struct RefusalCase {
-    const char* arguments;
-    int status;
-    const char* told; // on standard error
-};
-
 // Opening looks at neither the last row nor the colours that rows name.
 constexpr RefusalCase kRefusals[] = {
     { "crop @a.lw @b.lw --left 9 --right 8", 2, "10 x 20 pixels" },
@@ -204,15 +199,7 @@ TEST(LineWork, WrongUsageAndBadRowsAreToldAndLeaveNothing)
     write("cut.lw", good, 3);
     write("half.lw", good, 200);
     WriteFile(folder / "a.ct", RandomCt(10, 20).File());
-    const std::size_t entries = folder.Entries();
-    for (const RefusalCase& asked : kRefusals) {
-        SCOPED_TRACE(asked.arguments);
-        const Outcome outcome = RunWords(asked.arguments, folder);
-        EXPECT_EQ(outcome.status, asked.status) << outcome.err;
-        EXPECT_THAT(outcome.err, HasSubstr(asked.told));
-        EXPECT_THAT(outcome.err, testing::StartsWith("tympan: "));
-        EXPECT_EQ(folder.Entries(), entries) << "something was left behind";
-    }
+    ExpectRefused(kRefusals, folder);
     for (const char* held :
          { "rows @cut.lw -o @b.raw --separation 0 --rows 0:19", "crop @cut.lw @b.lw --bottom 19" })
         EXPECT_EQ(RunWords(held, folder).status, 0) << held;
