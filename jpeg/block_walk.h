@@ -17,7 +17,7 @@ void ForEachBlock(const JpegCompBlocksInfo& blocks, const CompressedBlocksRange&
     const bool runsOver = range.Last < range.First && range.Total != 0;
     std::uint32_t number = range.First;
     for (std::uint32_t taken = 0; taken < range.Count; ++taken) {
-        CompressedLine line;
+        CompressedLine line{};
         blocks.GetBlock(number, line);
         if (runsOver && taken >= range.Total)
             throw new OutOfRangeException;

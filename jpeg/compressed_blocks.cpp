@@ -73,7 +73,8 @@ void JpegCompBlocksInfo::Open(const CString& fileName, bool inputFile)
     Lines().swap(image_);
     inputFile_ = inputFile;
     sideFileName_ = tympan::SideFileName(fileName);
-    if (sideFile_.Open(sideFileName_, inputFile ? kInput : kOutput) == FALSE)
+    const bool isPicture = !inputFile && sideFileName_ == fileName; // which it would empty
+    if (isPicture || sideFile_.Open(sideFileName_, inputFile ? kInput : kOutput) == FALSE)
         throw new OpenFileException(sideFileName_);
     if (inputFile)
         ReadOrClose();

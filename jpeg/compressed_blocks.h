@@ -65,8 +65,9 @@ class JpegCompBlocksInfo {
     /// Opens the side file of a picture: reads all of it in one piece, or creates and empties it.
     /// What was open is closed before, as by `Close`. A rest that makes no whole block is dropped,
     /// and what a short file doesn't hold is 0.
-    /// \throws OpenFileException* with the side file's name; FileNameParser::StripExtensionFailed
-    ///   by value; CFileException*; std::bad_alloc. The index is then closed and empty.
+    /// \throws OpenFileException* with the side file's name, also for an output picture that has
+    ///   that name itself; FileNameParser::StripExtensionFailed by value; CFileException*;
+    ///   std::bad_alloc. The index is then closed and empty.
     virtual void Open(const CString& fileName, bool inputFile);
 
     /// Writes an index that was opened for output, in one piece, closes the side file and empties

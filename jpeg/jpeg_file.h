@@ -36,16 +36,20 @@ class TYMPAN_API JpegFileInterface : public PictureFileInterface {
   public:
     ~JpegFileInterface() override;
 
+    /// Whether the file begins as a JPEG and has "JFIF" at offset 6; nothing else is looked at. A
+    /// file failure counts as no. The file is left where the test ended.
+    static bool isTypeOf(CFile& file);
+
     /// Opens as `BasePictureIF` does, and then the side file: that of an input must be there. For
     /// an input the record's resolutions then are those of the sizes in units that the side file
     /// has (an infinity or no number for sizes of 0), `FileSizeUnitsFactor` its factor,
     /// `BitsPerSample` 8 for each component, and `RowSize` the bytes of a row, brought to a
     /// multiple of 4.
     /// \return false, with `ObjectStatus` false: for an empty name, or a file that can't be opened,
-    ///   without a code; with 90001 for a side file that can't be opened and for a file failure;
-    ///   with 90040 and "General error!" for anything else, a head without a frame header among it.
-    ///   The file then stays open. A `fileError` that the base would throw ends here as a file
-    ///   failure, destroyed if it was made with `new`.
+    ///   without a code; with 90001 for a side file that can't be opened, an output that has the
+    ///   side file's name, and a file failure; with 90040 and "General error!" for anything else, a
+    ///   head without a frame header among it. The file then stays open. A `fileError` that the
+    ///   base would throw ends here as a file failure, destroyed if it was made with `new`.
     bool OpenPictureFile(const CString& fileName, bool inputFile, bool reopen,
                          CFileException* fileError) override;
 
@@ -163,16 +167,12 @@ class TYMPAN_API JpegFileInterface : public PictureFileInterface {
     /// @}
 
   protected:
-    /// Whether the file begins as a JPEG and has "JFIF" at offset 6; nothing else is looked at.
-    static bool isTypeOf(CFile& file);
     /// Whether "JFIF" stands at offset 6. \throws CFileException*, as the next two.
     static bool isJFIF(CFile& file);
     /// Whether 0xFF and `marker` stand at `offset`.
     static bool isJpegMarker(CFile& file, unsigned short offset, unsigned char marker);
     /// Whether the file begins with 0xFF 0xD8.
     static bool isM_SOI(CFile& file);
-
-    static JpegFileInterface* Create(const CString& fileName, bool inputFile);
 
     /// Whether the buffer form of `GetPictureRows` takes its arguments.
     /// \throws IllegalSeparationException* for a separation of 4 or more.
@@ -193,6 +193,7 @@ class TYMPAN_API JpegFileInterface : public PictureFileInterface {
     struct Fetch;
 
     JpegFileInterface();
+    static JpegFileInterface* Create(const CString& fileName, bool inputFile);
 
     const JpegPictureParameters& JpegRecord() const;
     void TakeIndexedSizes();

@@ -14,7 +14,6 @@ namespace {
 
 using tympan::Caught;
 using tympan::FailureRow;
-using tympan::Run;
 using tympan::RunOrder;
 using tympan::RunStretch;
 using tympan::StoreRun;

@@ -18,14 +18,14 @@ namespace tympan {
 
 /// A placing stream in the making: where it is written, and what the caller asked for.
 struct PlacedRows {
-    RowWidth width;
+    RowWidth width{ 0.0 };
     unsigned char*& buffer;
     unsigned long*& rowOffsets;
-    unsigned long baseOffset;
-    unsigned long whiteGap;
-    unsigned int copies;
-    unsigned char white;
-    RunOrder order;
+    unsigned long baseOffset = 0;
+    unsigned long whiteGap = 0;
+    unsigned int copies = 1;
+    unsigned char white = 0;
+    RunOrder order = RunOrder::ColourFirst;
     bool isExact = false;      // no row needs completion, so last runs may be divided
     std::uint64_t written = 0; // but for the start delimiter of the row in hand
 };

@@ -108,6 +108,17 @@ TEST(JpegFailingFiles, AnOutputThatCannotBeMadeSaysSo)
         EXPECT_FALSE(picture->ObjectStatus());
         EXPECT_EQ(picture->TraceStatus(), number == 1 ? 0U : 90001U);
     }
+    // A picture whose index would take its own place.
+    for (const char* path : { "new.bin", "./new.bin" }) {
+        const JpegSample::Bytes stream = JpegSample{}.Stream();
+        {
+            const std::unique_ptr<JpegFileInterface> picture(create_jpeg_file_object(path, false));
+            EXPECT_FALSE(picture->ObjectStatus());
+            EXPECT_EQ(picture->TraceStatus(), 90001U);
+            picture->JpegFileHandle()->Write(stream.data(), static_cast<UINT>(stream.size()));
+        }
+        EXPECT_EQ(files.Get(path), stream);
+    }
     // A picture whose index can't be put down before the next one is opened.
     files.Watched().FailAny(0, 0);
     const std::unique_ptr<JpegFileInterface> picture(create_jpeg_file_object("one.jpg", false));

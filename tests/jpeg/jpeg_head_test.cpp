@@ -201,6 +201,7 @@ TEST(JpegHead, CutAnywhereItHoldsWhatIsThere)
         files.Put("pic.jpg", head);
         CFile file("pic.jpg", CFile::modeRead);
         EXPECT_EQ(tympan::JpegFormat().recognises(file, "pic.jpg"), length >= 10);
+        EXPECT_EQ(JpegFileInterface::isTypeOf(file), length >= 10); // a client may ask, too
         const auto picture = JpegFiles::Open();
         const bool hasFrame = length >= 156; // the two bytes of its marker
         EXPECT_EQ(picture->TraceStatus(), hasFrame ? 0U : 90040U);

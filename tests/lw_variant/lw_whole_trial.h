@@ -92,7 +92,7 @@ class LwWholeTrial : public LwTrial {
     }
     LwAnswer Same(const LwOperation& operation, const LwCall& call = {})
     {
-        const LwAnswer wanted = AskBoth(reference_, asked_, operation, call);
+        LwAnswer wanted = AskBoth(reference_, asked_, operation, call);
         EXPECT_EQ(whole_->GetLwPictureParams()->LwFileSize(), reference_.FileSize());
         return wanted;
     }

@@ -6,7 +6,6 @@
 
 #include <tympan/tympan.h>
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -19,7 +18,6 @@
 namespace {
 
 using namespace tympan::test;
-using testing::HasSubstr;
 
 // ---- crop
 
