@@ -27,4 +27,8 @@ void RegisterLineWork(const std::string& folder);
 /// in `folder`.
 void RegisterJpeg(const std::string& folder);
 
+/// TIFF: rows of one separation against libtiff's own calls on the same file, and other orders and
+/// separations of them against each other. Makes files of its own in `folder`.
+void RegisterTiff(const std::string& folder);
+
 } // namespace tympan::bench

@@ -43,6 +43,7 @@ void RegisterAll(const tympan::test::TemporaryFolder& folder)
     tympan::bench::RegisterColours();
     tympan::bench::RegisterLineWork(folder.Path(""));
     tympan::bench::RegisterJpeg(folder.Path(""));
+    tympan::bench::RegisterTiff(folder.Path(""));
 }
 
 } // namespace

@@ -7,6 +7,8 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <string>
+#include <vector>
 
 /// An open TIFF file: what its first directory tells, each field at the place where the platform
 /// has it. The rest of the record is the library's own. A field that the file lacks has the default
@@ -36,7 +38,21 @@ static_assert(offsetof(tiff, SamplesPerPixel) == 90);
 static_assert(offsetof(tiff, XResolution) == 120);
 static_assert(offsetof(tiff, YResolution) == 124);
 
-// None of the functions but TiffErrorMsg() throws. One open file is for one thread at a time.
+/// What the first directory tells beside the record.
+struct TiffInfo {
+    static constexpr std::uint16_t kNoUnit = 1, kInch = 2, kCentimetre = 3;
+
+    std::uint16_t resolutionUnit = kInch;
+    std::vector<std::string> inkNames; ///< of the first samples; empty where they have none
+    std::vector<std::uint16_t>
+        extraSamples; ///< kinds of those behind the colours: 1 and 2 are alpha
+    /// Red, green and blue of each number that a palette's sample can have, up to 65535; empty for
+    /// a picture without a palette.
+    std::vector<std::array<std::uint16_t, 3>> colourMap;
+};
+
+// None of the functions but TiffErrorMsg() and TiffInfoOf() throws. One open file is for one thread
+// at a time.
 
 /// Opens a file by its path, which the path resolver is asked for, and reads its first directory.
 /// \param mode "r", the only one there is.
@@ -66,6 +82,13 @@ int TiffReadScanline(tiff* file, void* buffer, unsigned int row, unsigned short 
 
 /// The bytes of one row. Rows of more than 32 bits of bytes are told but can't be read.
 std::int64_t TiffScanlineSize(tiff* file);
+
+/// Whether rows can be read at all, as far as the directory and the file's length tell: false, with
+/// the reason in TiffErrorMsg(), for rows that are longer than the file can fill.
+bool TiffGivesRows(tiff* file);
+
+/// \throws std::bad_alloc.
+TiffInfo TiffInfoOf(tiff* file);
 
 /// Formats a warning as printf does and keeps it for TiffErrorMsg().
 /// \param module the operation that warns; not part of the text.

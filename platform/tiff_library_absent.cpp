@@ -38,3 +38,13 @@ std::int64_t TiffScanlineSize(tiff*)
 {
     return 0;
 }
+
+bool TiffGivesRows(tiff*)
+{
+    return false;
+}
+
+TiffInfo TiffInfoOf(tiff*)
+{
+    return {};
+}
