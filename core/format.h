@@ -33,9 +33,14 @@ struct Format {
     /// A new object of the format, not opened.
     std::unique_ptr<BasePictureIF> (*make)();
     FormatCheck check;
+    /// Whether `recognises` looks at so little that files of other formats may pass it. Who isn't bound
+    /// to the order of the list asks such a format last.
+    bool recognisesMuch = false;
 };
 
 /// The formats in the order in which a path is asked for them.
 std::span<const Format> Formats();
+/// The same, with those that recognise much behind the others.
+std::span<const Format* const> FormatsByCertainty();
 
 } // namespace tympan

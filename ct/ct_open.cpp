@@ -65,7 +65,8 @@ bool CtFileInterface::isTypeOf(CFile& file)
 tympan::Format tympan::CtFormat()
 {
     return { "CT", [](CFile& file, const CString&) { return CtFileInterface::isTypeOf(file); },
-             [] { return std::unique_ptr<BasePictureIF>(new CtFileInterface); }, CtFileCheck() };
+             [] { return std::unique_ptr<BasePictureIF>(new CtFileInterface); }, CtFileCheck(),
+             true };
 }
 
 bool CtFileInterface::OpenPictureFile(const CString& fileName, bool inputFile, bool reopen,

@@ -25,8 +25,6 @@
 
 namespace tympan {
 
-Format JpegFormat();
-
 namespace {
 
 constexpr char kAnotherCopy[] =
@@ -576,9 +574,10 @@ void CheckIndex(CFile& file, const JpegHead& head, std::uint64_t rows, Findings&
 }
 
 // A JPEG of another kind is told what it differs in.
-bool Accepts(CFile& file, const CString& fileName)
+bool Accepts(CFile& file, const CString&)
 {
-    return JpegFormat().recognises(file, fileName) || ReadJpegHead(file).frame.IsThere();
+    const JpegHead head = ReadJpegHead(file);
+    return head.begins && (head.isJfif || head.frame.IsThere());
 }
 
 void Prove(CFile& file, Findings& findings)

@@ -5,11 +5,14 @@
 #include "core/format.h"
 #include "core/header_check.h"
 #include "platform/file.h"
+#include "tiff/tiff_check.h"
+#include "tympan/inspect.h"
 
 #include <algorithm>
 #include <span>
 #include <string>
 #include <system_error>
+#include <vector>
 
 namespace tympan {
 
@@ -58,21 +61,36 @@ bool IsAsked(const Format& format, const CheckOptions& options)
                                                 format.name) != options.formats.end();
 }
 
+// A format that no path is asked for: its files are checked by name, or when no other accepts them.
+Format TiffItFormat()
+{
+    return { kTiffItName, nullptr, nullptr, TiffItFileCheck() };
+}
+
+std::vector<const Format*> CheckedFormats()
+{
+    static const Format kTiffIt = TiffItFormat();
+    const auto formats = FormatsByCertainty();
+    std::vector<const Format*> checked(formats.begin(), formats.end());
+    checked.push_back(&kTiffIt);
+    return checked;
+}
+
 const Format* FormatOf(CFile& file, const CString& path, const CheckOptions& options)
 {
-    for (const Format& format : Formats())
-        if (IsAsked(format, options) &&
-            (options.formats.size() == 1 || format.check.accepts(file, path)))
-            return &format;
+    for (const Format* const format : CheckedFormats())
+        if (IsAsked(*format, options) &&
+            (options.formats.size() == 1 || format->check.accepts(file, path)))
+            return format;
     return nullptr;
 }
 
 std::string NamesOf(const CheckOptions& options)
 {
     std::string names;
-    for (const Format& format : Formats())
-        if (IsAsked(format, options))
-            names += (names.empty() ? "" : ", ") + std::string(format.name);
+    for (const Format* const format : CheckedFormats())
+        if (IsAsked(*format, options))
+            names += (names.empty() ? "" : ", ") + std::string(format->name);
     return names.empty() ? "none" : names;
 }
 
@@ -157,6 +175,7 @@ std::vector<const CheckRule*> CheckRules()
     add(HeaderRules());
     for (const Format& format : Formats())
         add(format.check.rules);
+    add(TiffItFileCheck().rules);
     return all;
 }
 

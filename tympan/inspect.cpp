@@ -1,5 +1,6 @@
 #include "tympan/inspect.h"
 
+#include "core/failure_codes.h"
 #include "core/failure_guard.h"
 #include "core/format.h"
 #include "jpeg/jpeg_file.h"
@@ -7,6 +8,7 @@
 #include "lw/lw_layout.h"
 #include "lw_variant/lw_side_file.h"
 #include "platform/file.h"
+#include "tiff/tiff_it_access.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -23,19 +25,25 @@ constexpr FailureRow kRefusals[] = {
     { Caught::Anything, 0, nullptr },
 };
 
-OpenedPicture OpenAs(const CString& path, const Format& format)
+OpenedPicture Open(const CString& path, std::unique_ptr<BasePictureIF> picture,
+                   std::string_view format)
 {
-    OpenedPicture opened{ format.make(), format.name };
+    OpenedPicture opened{ std::move(picture), format };
     Guarded(NoTrace(), kRefusals,
             [&] { opened.isOpen = opened.picture->OpenPictureFile(path, true, false, nullptr); });
     return opened;
 }
 
-const Format* Named(std::span<const Format> formats, std::string_view name)
+OpenedPicture OpenAs(const CString& path, const Format& format)
+{
+    return Open(path, format.make(), format.name);
+}
+
+const Format* Named(std::span<const Format* const> formats, std::string_view name)
 {
     const auto named = std::find_if(formats.begin(), formats.end(),
-                                    [&](const Format& one) { return one.name == name; });
-    return named == formats.end() ? nullptr : &*named;
+                                    [&](const Format* one) { return one->name == name; });
+    return named == formats.end() ? nullptr : *named;
 }
 
 // The start of a file, longer than any side file of line work; nothing when it can't be opened.
@@ -90,21 +98,42 @@ std::vector<std::string_view> FormatNames()
     return names;
 }
 
+std::optional<TiffItKind> TiffItKindOf(const CString& path)
+{
+    CFile file(path, CFile::modeRead);
+    return TiffItAccess::KindOf(*TiffItAccess::Make(TiffItKind::ContinuousTone), file);
+}
+
+OpenedPicture OpenTiffIt(const CString& path)
+{
+    CFile file(path, CFile::modeRead);
+    auto probe = TiffItAccess::Make(TiffItKind::ContinuousTone);
+    if (const auto kind = TiffItAccess::KindOf(*probe, file)) {
+        probe.reset(); // one object at a time
+        return Open(path, TiffItAccess::Make(*kind), kTiffItName);
+    }
+    if (probe->TraceStatus() == 0)
+        probe->TraceStatus(code::kTiffItNeitherKind);
+    return { std::move(probe), kTiffItName };
+}
+
 OpenedPicture OpenPictureAs(const CString& path, std::string_view format)
 {
-    const Format* const named = Named(Formats(), format);
+    if (format == kTiffItName)
+        return OpenTiffIt(path);
+    const Format* const named = Named(FormatsByCertainty(), format);
     return named == nullptr ? OpenedPicture{} : OpenAs(path, *named);
 }
 
 OpenedPicture OpenAnyPicture(const CString& path)
 {
     CFile probe(path, CFile::modeRead);
-    const auto formats = Formats();
+    const auto formats = FormatsByCertainty();
     OpenedPicture refused;
     for (std::size_t i = 0; i < formats.size(); ++i) {
-        if (!formats[i].recognises(probe, path))
+        if (!formats[i]->recognises(probe, path))
             continue;
-        OpenedPicture opened = OpenAs(path, formats[i]);
+        OpenedPicture opened = OpenAs(path, *formats[i]);
         if (opened.isOpen) {
             const CString type = opened.picture->FileType();
             const Format* const owner = Named(formats.first(i), type.GetString());

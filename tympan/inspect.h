@@ -6,6 +6,8 @@
 #include "lw/lw_parameters.h"
 #include "platform/export.h"
 #include "platform/text.h"
+#include "tiff/tiff_details.h"
+#include "tiff/tiff_it_kind.h"
 
 #include <cstdint>
 #include <memory>
@@ -35,9 +37,24 @@ struct OpenedPicture {
 /// \throws CFileException* when the file can't be opened at all.
 TYMPAN_API OpenedPicture OpenAnyPicture(const CString& path);
 
-/// Opens a file as input with an object of the named format, whatever the file looks like.
+/// Opens a file as input with an object of the named format, whatever the file looks like; of
+/// `kTiffItName` as `OpenTiffIt` does.
 /// \return without an object when there is no format of that name.
 TYMPAN_API OpenedPicture OpenPictureAs(const CString& path, std::string_view format);
+
+/// What `OpenedPicture` and `OpenPictureAs` call a TIFF/IT file. It isn't one of `FormatNames()`: no
+/// path is asked for it, and it has to be named, or tried where nothing else opens.
+inline constexpr std::string_view kTiffItName = "TIFF/IT";
+
+/// The kind of a TIFF/IT file by its structure; nothing for a file that is neither. It replaces what
+/// an open TIFF/IT object has read, as any further one does.
+/// \throws CFileException* when the file can't be read.
+TYMPAN_API std::optional<TiffItKind> TiffItKindOf(const CString& path);
+
+/// Opens a TIFF/IT file with an object of its kind. A file that is neither gives a closed one with the
+/// code in its `TraceStatus`.
+/// \throws CFileException* when the file can't be opened at all.
+TYMPAN_API OpenedPicture OpenTiffIt(const CString& path);
 
 /// The index of a JPEG, as its object read it from the side file.
 struct JpegIndex {

@@ -19,5 +19,8 @@
 #include "platform/path_resolver.h"
 #include "platform/text.h"
 #include "platform/ui.h"
+#include "tiff/tiff_file.h"
+#include "tiff/tiff_it_ct.h"
+#include "tiff/tiff_it_lw.h"
 #include "tympan/check.h"
 #include "tympan/version.h"

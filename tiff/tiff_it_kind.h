@@ -1,0 +1,11 @@
+// The kinds of TIFF/IT pictures.
+#pragma once
+
+namespace tympan {
+
+enum class TiffItKind {
+    ContinuousTone, ///< a `TiffItCtP1Interface` draws it
+    LineWork        ///< a `TiffItLwP1Interface` does
+};
+
+} // namespace tympan
