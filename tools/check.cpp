@@ -97,12 +97,24 @@ void CheckBands(Checked& checked)
     checked.result.verdict = Verdict::Invalid;
 }
 
+// What info and preview take for TIFF/IT is checked as that, though the TIFF library opens it too.
+std::vector<std::string_view> FormatsOf(const std::string& file,
+                                        const std::vector<std::string_view>& asked)
+{
+    try {
+        if (asked.empty() && IsTiffItInTiff(file))
+            return { kTiffItName };
+    } catch (const FileFailure&) { // NOLINT(bugprone-empty-catch): the check tells it
+    }
+    return asked;
+}
+
 Checked CheckOne(const std::string& file, const std::vector<std::string_view>& formats)
 {
     Checked checked{ file, {}, {} };
     CheckProgressLine line(file);
     CheckOptions options;
-    options.formats = formats;
+    options.formats = FormatsOf(file, formats);
     options.progress = [&](std::uint64_t done, std::uint64_t total) { line.Reach(done, total); };
     checked.result = CheckFile(
         file.c_str(), [&](const Finding& finding) { checked.findings.push_back(finding); },

@@ -41,7 +41,7 @@ std::unique_ptr<RowWriter> MakePng(const OutputFile& output, const WrittenForm& 
 
 std::unique_ptr<RowWriter> MakeTiff(const OutputFile& output, const WrittenForm& form)
 {
-    return std::make_unique<TiffWriter>(output, form, TiffColour::Grey);
+    return std::make_unique<TiffWriter>(output, form, TiffSamples{ TiffColour::Grey, {} });
 }
 
 std::unique_ptr<RowWriter> MakeRaw(const OutputFile& output, const WrittenForm&)

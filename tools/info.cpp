@@ -5,7 +5,10 @@
 #include "picture.h"
 #include "separations.h"
 #include "standard_output.h"
+#include "tiff_file.h"
+#include "tiff_plates.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdint>
@@ -39,15 +42,11 @@ struct Known {
 
     const BasePictureIF& Picture() const { return *opening.opened.picture; }
     /// Whether a header was read: a refused one leaves an empty record.
-    bool HasHeader() const
-    {
-        return opening.opened.picture != nullptr && Picture().FileNumberOfSeparations() > 0;
-    }
-    /// Bits of one sample: the record counts those of all separations.
-    unsigned int BitsPerSample() const
-    {
-        return Picture().PictureParams()->BitsPerSample() / Picture().FileNumberOfSeparations();
-    }
+    bool HasHeader() const;
+    /// Bits of one sample: the record of most formats counts those of all separations.
+    std::optional<unsigned int> BitsPerSample() const;
+    /// Bytes of a row: of one separation, or of all where the format stores them together.
+    std::optional<unsigned int> RowSize() const;
     /// Pixels.
     std::optional<double> MeanRun() const
     {
@@ -63,6 +62,62 @@ const JpegFileInterface* JpegOf(const BasePictureIF& picture)
     return dynamic_cast<const JpegFileInterface*>(&picture);
 }
 
+const TiffFileParam* TiffRecordOf(const BasePictureIF& picture)
+{
+    return dynamic_cast<const TiffFileParam*>(picture.PictureParams());
+}
+
+// What a TIFF/IT file's object is; null for other formats.
+const char* TiffItKindOf(const BasePictureIF& picture)
+{
+    if (dynamic_cast<const TiffItCtP1Interface*>(&picture) != nullptr)
+        return "CT";
+    return dynamic_cast<const TiffItLwP1Interface*>(&picture) != nullptr ? "LW" : nullptr;
+}
+
+bool Known::HasHeader() const
+{
+    if (opening.opened.picture == nullptr)
+        return false;
+    return Picture().FileNumberOfSeparations() > 0 || TiffDetailsOf(Picture()) ||
+           (TiffItKindOf(Picture()) != nullptr && opening.opened.isOpen);
+}
+
+std::optional<unsigned int> Known::BitsPerSample() const
+{
+    const unsigned int bits = Picture().PictureParams()->BitsPerSample();
+    const unsigned int separations = Picture().FileNumberOfSeparations();
+    if (separations > 0)
+        return bits / separations;
+    return bits > 0 ? std::optional(bits) : std::nullopt; // of a TIFF, those of one sample
+}
+
+std::optional<unsigned int> Known::RowSize() const
+{
+    const unsigned int bytes = Picture().PictureParams()->RowSize();
+    return bytes > 0 || TiffItKindOf(Picture()) == nullptr ? std::optional(bytes) : std::nullopt;
+}
+
+// The kind of a TIFF or a TIFF/IT file; nothing for other formats.
+std::optional<std::string> KindOf(const BasePictureIF& picture)
+{
+    if (const auto* const tiff = dynamic_cast<const TiffFileInterface*>(&picture))
+        return TiffKindName(*tiff);
+    const char* const kind = TiffItKindOf(picture);
+    return kind != nullptr ? std::optional<std::string>(kind) : std::nullopt;
+}
+
+// Pixels per inch; nothing when the axes differ or the file tells none.
+std::optional<double> ResolutionOfBoth(const BasePictureIF& picture)
+{
+    const AxisResolution axes = AxisResolutionOf(picture);
+    const double resolution =
+        KindOf(picture) ? std::max(axes.alongWidth, axes.alongHeight) : picture.FileResolution();
+    if (picture.FileResolution() < 0.0 || !std::isfinite(resolution))
+        return std::nullopt;
+    return resolution;
+}
+
 // Not a number without a resolution.
 double InInches(unsigned long pixels, double resolution)
 {
@@ -75,19 +130,24 @@ const LwPictureParameters* ColoursOf(const BasePictureIF& picture)
     return dynamic_cast<const LwPictureParameters*>(picture.PictureParams());
 }
 
-// Inches. A JPEG's record has them only by its resolutions.
+// Whether the record has inches. Others have them only by their resolutions.
+bool TellsInches(const BasePictureIF& picture)
+{
+    return JpegOf(picture) == nullptr && !KindOf(picture);
+}
+
 double HeightOf(const BasePictureIF& picture)
 {
-    if (JpegOf(picture) == nullptr)
+    if (TellsInches(picture))
         return picture.FileHeightInUnits();
-    return InInches(picture.FileHeightInPixels(), picture.ResolutionOnScanAxis());
+    return InInches(picture.FileHeightInPixels(), AxisResolutionOf(picture).alongHeight);
 }
 
 double WidthOf(const BasePictureIF& picture)
 {
-    if (JpegOf(picture) == nullptr)
+    if (TellsInches(picture))
         return picture.FileWidthInUnits();
-    return InInches(picture.FileWidthInPixels(), picture.ResolutionOnXScanAxis());
+    return InInches(picture.FileWidthInPixels(), AxisResolutionOf(picture).alongWidth);
 }
 
 // The ink value that stands for transparent in a separation.
@@ -173,32 +233,41 @@ void AddJpeg(const Known& known, Json& object)
     object["mcu_number"] = index ? Json(index->mcuNumber) : Json(nullptr);
 }
 
+void AddTiff(const BasePictureIF& picture, Json& object)
+{
+    const TiffFileParam* const record = TiffRecordOf(picture);
+    object["kind"] = NumberOrNull(KindOf(picture));
+    object["compression"] = record != nullptr ? Json(record->Compression()) : Json(nullptr);
+    object["photometric"] = record != nullptr ? Json(record->Photometric()) : Json(nullptr);
+}
+
 Json SeparationNames(const BasePictureIF& picture)
 {
     Json names = Json::array();
     for (const ColorSeparationType separation : SeparationsOf(picture))
-        names.push_back(NameOf(separation));
+        names.push_back(WithReplacements(NameOf(picture, separation)));
     return names;
 }
 
 void AddHeader(const Known& known, Json& object)
 {
     const BasePictureIF& picture = known.Picture();
-    const double resolution = picture.FileResolution();
+    const AxisResolution resolution = AxisResolutionOf(picture);
     object["file_type"] = WithReplacements(picture.FileType().GetString());
     object["width"] = picture.FileWidthInPixels();
     object["height"] = picture.FileHeightInPixels();
     object["width_in"] = NumberOrNull(WidthOf(picture));
     object["height_in"] = NumberOrNull(HeightOf(picture));
-    object["resolution"] = resolution < 0.0 ? Json(nullptr) : NumberOrNull(resolution);
-    object["resolution_x"] = NumberOrNull(picture.ResolutionOnXScanAxis());
-    object["resolution_y"] = NumberOrNull(picture.ResolutionOnScanAxis());
+    object["resolution"] = NumberOrNull(ResolutionOfBoth(picture));
+    object["resolution_x"] = NumberOrNull(resolution.alongWidth);
+    object["resolution_y"] = NumberOrNull(resolution.alongHeight);
     object["separations"] = SeparationNames(picture);
-    object["bits_per_sample"] = known.BitsPerSample();
-    object["row_size"] = picture.PictureParams()->RowSize();
+    object["bits_per_sample"] = NumberOrNull(known.BitsPerSample());
+    object["row_size"] = NumberOrNull(known.RowSize());
     object["nlw"] = picture.Nlw();
     AddLineWork(known, object);
     AddJpeg(known, object);
+    AddTiff(picture, object);
 }
 
 Json AsJson(const Known& known)
@@ -240,11 +309,11 @@ std::string Times(const std::string& width, const std::string& height)
 std::string ResolutionText(const BasePictureIF& picture)
 {
     constexpr int kDecimals = 4;
-    if (picture.FileResolution() >= 0.0 && std::isfinite(picture.FileResolution()))
-        return Number(picture.FileResolution(), kDecimals) + " pixels per inch";
-    return Number(picture.ResolutionOnXScanAxis(), kDecimals) +
-           " pixels per inch along the width, " +
-           Number(picture.ResolutionOnScanAxis(), kDecimals) + " along the height";
+    if (const std::optional<double> both = ResolutionOfBoth(picture))
+        return Number(*both, kDecimals) + " pixels per inch";
+    const AxisResolution axes = AxisResolutionOf(picture);
+    return Number(axes.alongWidth, kDecimals) + " pixels per inch along the width, " +
+           Number(axes.alongHeight, kDecimals) + " along the height";
 }
 
 std::string SizeText(const BasePictureIF& picture, double perInch, int decimals)
@@ -255,23 +324,35 @@ std::string SizeText(const BasePictureIF& picture, double perInch, int decimals)
 
 using Lines = std::vector<std::pair<const char*, std::string>>;
 
+std::string RowText(const Known& known)
+{
+    const BasePictureIF& picture = known.Picture();
+    const std::string bytes = std::to_string(known.RowSize().value_or(0)) + " bytes";
+    if (TiffRecordOf(picture) != nullptr)
+        return bytes + ", all samples";
+    return bytes + (JpegOf(picture) == nullptr ? " a separation" : ", decoded");
+}
+
 Lines HeaderLines(const Known& known)
 {
     constexpr double kMillimetresPerInch = 25.4;
     const BasePictureIF& picture = known.Picture();
     const std::string type = picture.FileType().GetString();
+    const std::string size = Times(std::to_string(picture.FileWidthInPixels()),
+                                   std::to_string(picture.FileHeightInPixels())) +
+                             " pixels";
+    const std::optional<unsigned int> bits = known.BitsPerSample();
+    if (TiffItKindOf(picture) != nullptr)
+        return { { "Size", size } }; // nothing else is read of such a file
     return {
         { "File type", type.empty() ? "none" : Shown(type) },
-        { "Size", Times(std::to_string(picture.FileWidthInPixels()),
-                        std::to_string(picture.FileHeightInPixels())) +
-                      " pixels" },
+        { "Size", size },
         { "", SizeText(picture, 1.0, 3) + " inches" },
         { "", SizeText(picture, kMillimetresPerInch, 2) + " mm" },
         { "Resolution", ResolutionText(picture) },
-        { "Separations", NamesOf(SeparationsOf(picture)) },
-        { "Sample", std::to_string(known.BitsPerSample()) + " bits" },
-        { "Row", std::to_string(picture.PictureParams()->RowSize()) +
-                     (JpegOf(picture) == nullptr ? " bytes a separation" : " bytes, decoded") },
+        { "Separations", Shown(NamesOf(picture)) },
+        { "Sample", bits ? std::to_string(*bits) + (*bits == 1 ? " bit" : " bits") : "unknown" },
+        { "Row", RowText(known) },
         { "NLW", picture.Nlw() ? "yes" : "no" },
     };
 }
@@ -308,13 +389,30 @@ Lines JpegLines(const Known& known)
     return lines;
 }
 
+Lines TiffLines(const Known& known)
+{
+    const std::optional<std::string> kind = KindOf(known.Picture());
+    const TiffFileParam* const record = TiffRecordOf(known.Picture());
+    Lines lines;
+    if (kind)
+        lines.emplace_back("Kind", *kind);
+    if (record == nullptr)
+        return lines;
+    constexpr unsigned long kNone = 1; // in a file; 0 in the record
+    const unsigned long number = std::max(record->Compression(), kNone);
+    const std::string name = CompressionName(number);
+    lines.emplace_back("Compression", name.empty() ? std::to_string(number) : name);
+    return lines;
+}
+
 void Print(const Known& known)
 {
     Lines lines;
     if (known.opening.opened.picture != nullptr)
         lines.emplace_back("Format", known.opening.opened.format);
     if (known.HasHeader())
-        for (Lines (*const linesOf)(const Known&) : { HeaderLines, LineWorkLines, JpegLines })
+        for (Lines (*const linesOf)(const Known&) :
+             { HeaderLines, LineWorkLines, JpegLines, TiffLines })
             for (auto& line : linesOf(known))
                 lines.push_back(std::move(line));
     std::cout << Shown(known.file) << '\n';

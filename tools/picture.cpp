@@ -1,6 +1,8 @@
 #include "picture.h"
 
+#include "picture_source.h"
 #include "separations.h"
+#include "tiff_file.h"
 
 #include <sys/stat.h>
 
@@ -24,6 +26,10 @@ constexpr std::array kAsValues{
     AsValue{ "page", "PAGE" }, AsValue{ "tiff", "TIFF" }, AsValue{ "tiffit", "TIFF/IT" },
 };
 
+constexpr char kDamagedAdvice[] = "The file is damaged or of another format.";
+constexpr char kFormatAdvice[] =
+    "The file is damaged or of another format; --as FORMAT names the format.";
+
 // What a code means to a person, and what to do about it.
 struct CodeText {
     unsigned long code;
@@ -42,13 +48,17 @@ constexpr std::array kCodeTexts{
               "missing",
               kCheckAdvice },
     CodeText{ 90030, "the picture's rows can't be read or drawn", "" },
+    CodeText{ 90052, "the TIFF/IT file ends inside a directory or its values", kDamagedAdvice },
+    CodeText{ 90053, "is neither a TIFF/IT CT nor a TIFF/IT LW file", kFormatAdvice },
+    CodeText{ 90056, "doesn't begin as a TIFF/IT file does", kFormatAdvice },
+    CodeText{ 90057, "the first directory of the TIFF/IT file stands at an odd place",
+              kDamagedAdvice },
+    CodeText{ 90058, "a field of the TIFF/IT file has an unknown type", kDamagedAdvice },
     CodeText{ 90066,
               "the header is refused: its number of separations is neither 1 nor 4, or its "
               "mask names another number",
-              "The file is damaged or of another format; --as FORMAT names the format." },
+              kFormatAdvice },
 };
-
-constexpr char kDamagedAdvice[] = "The file is damaged or of another format.";
 
 const CodeText* TextOfCode(unsigned long code)
 {
@@ -57,10 +67,18 @@ const CodeText* TextOfCode(unsigned long code)
     return found == kCodeTexts.end() ? nullptr : found;
 }
 
+// TIFF/IT comes last: it is tried where nothing else opens.
+std::vector<std::string_view> ReadFormats()
+{
+    std::vector<std::string_view> names = FormatNames();
+    names.push_back(kTiffItName);
+    return names;
+}
+
 std::string FormatsOfThisBuild()
 {
     std::string names;
-    for (const std::string_view name : FormatNames())
+    for (const std::string_view name : ReadFormats())
         names += (names.empty() ? "" : ", ") + std::string(name);
     return names;
 }
@@ -88,7 +106,9 @@ FileFailure FailureOf(const std::string& path, const BasePictureIF& picture,
     const unsigned long code = CodeOf(picture);
     if (const CodeText* const known = TextOfCode(code))
         return { path, known->text, code, *known->advice != '\0' ? known->advice : advice };
-    const std::string told = OnOneLine(picture.ErrorMsg().GetString());
+    std::string told = OnOneLine(picture.ErrorMsg().GetString());
+    if (told.rfind(path + ": ", 0) == 0) // as the TIFF library begins; the failure tells it itself
+        told.erase(0, path.size() + 2);
     return { path, picture.TraceStatus() != 0 ? told : fallback, code, advice };
 }
 
@@ -118,39 +138,87 @@ OpenedPicture OpenAsAnyOf(const CString& path, const std::vector<std::string_vie
     return refused;
 }
 
+// The test of CT looks at little, so that it takes many a JPEG for one: what is wrong with that as a
+// CT helps nobody.
+OpenedPicture OpenByContent(const std::string& path, const CString& name)
+{
+    OpenedPicture opened = OpenAnyPicture(name);
+    const bool isJpeg = dynamic_cast<JpegFileInterface*>(opened.picture.get()) != nullptr;
+    if (!opened.isOpen && !isJpeg && IsJpegFile(path))
+        return {};
+    return opened;
+}
+
+// Whether a refused TIFF may be TIFF/IT all the same: not when it is an ordinary picture of another kind.
+bool MayBeTiffIt(const BasePictureIF* refused)
+{
+    constexpr unsigned long kSeparated = 5;
+    constexpr unsigned long kFirstOwnCompression = 32895;
+    constexpr unsigned long kLastOwnCompression = 32898;
+    const auto* const tiff = dynamic_cast<const TiffFileInterface*>(refused);
+    if (tiff == nullptr || !TiffDetailsOf(*tiff))
+        return true;
+    const TiffFileParam& record = *tiff->GetPictureParams();
+    return record.Photometric() == kSeparated &&
+           (record.ColorSeparation() == 1 || (record.Compression() >= kFirstOwnCompression &&
+                                              record.Compression() <= kLastOwnCompression));
+}
+
+OpenedPicture OpenAny(const std::string& path, const CString& name)
+{
+    OpenedPicture opened = OpenByContent(path, name);
+    if (opened.isOpen || !MayBeTiffIt(opened.picture.get()))
+        return opened;
+    OpenedPicture drawn = OpenTiffIt(name);
+    return drawn.isOpen ? std::move(drawn) : std::move(opened);
+}
+
 OpenedPicture Open(const std::string& path, const std::vector<std::string_view>& formats)
 {
     const CString name(path.c_str());
     RequirePlainFile(path);
     const CFile readable(name, CFile::modeRead); // throws what keeps the file from being read
-    return formats.empty() ? OpenAnyPicture(name) : OpenAsAnyOf(name, formats);
+    return formats.empty() ? OpenAny(path, name) : OpenAsAnyOf(name, formats);
+}
+
+FileFailure OtherJpegHead(const std::string& path, std::optional<unsigned long> code = {})
+{
+    return { path, "is a JPEG whose head has another form than is read here", code,
+             "`tympan import FILE -o OUT.jpg` makes a JPEG that has it." };
 }
 
 // Once the head is read, only the side file can be missing.
 FileFailure JpegRefusal(const std::string& path, const BasePictureIF& picture)
 {
     constexpr unsigned long kFileFailed = 90001;
-    if (CodeOf(picture) == kFileFailed && picture.FileNumberOfSeparations() > 0)
+    constexpr unsigned long kNoFrameHeader = 90040;
+    const unsigned long code = CodeOf(picture);
+    if (code == kNoFrameHeader)
+        return OtherJpegHead(path, code);
+    if (code == kFileFailed && picture.FileNumberOfSeparations() > 0)
         return { path,
                  "its side file, of the same name with .bin, can't be opened or read; it tells "
                  "where the rows stand",
                  kFileFailed, "`tympan index FILE` makes it." };
-    return FailureOf(path, picture, "the head can't be read",
-                     "Its head has another form than is read here: `tympan import FILE -o OUT.jpg` "
-                     "makes a JPEG that has it.");
+    return FailureOf(path, picture, "the head can't be read", kDamagedAdvice);
 }
 
 FileFailure Refusal(const std::string& path, const OpenedPicture& opened)
 {
+    if (opened.picture == nullptr && IsJpegFile(path))
+        return OtherJpegHead(path);
     if (opened.picture == nullptr)
         return { path,
                  "is none of the formats that this build reads (" + FormatsOfThisBuild() + ")",
                  std::nullopt, "If you know its format, name it with --as." };
     if (dynamic_cast<const JpegFileInterface*>(opened.picture.get()) != nullptr)
         return JpegRefusal(path, *opened.picture);
-    return FailureOf(path, *opened.picture,
-                     "the header claims rows that the file can't hold or memory can't",
-                     kDamagedAdvice);
+    const bool isOtherTiff = TiffDetailsOf(*opened.picture).has_value();
+    return FailureOf(
+        path, *opened.picture, "the header claims rows that the file can't hold or memory can't",
+        isOtherTiff ? "Save the picture as grey, palette, RGB, or 4 to 8 inks of 8 bits "
+                      "a sample, or as bits of which 0 is white."
+                    : kDamagedAdvice);
 }
 
 // A row that isn't there leaves its bytes as they were, so that what two different fills have in
@@ -178,9 +246,14 @@ Picture::Picture(std::string path, OpenedPicture opened)
 
 PictureFileInterface& Picture::Rows() const
 {
-    if (auto* const rows = dynamic_cast<PictureFileInterface*>(opened_.picture.get()))
+    auto* const rows = dynamic_cast<PictureFileInterface*>(opened_.picture.get());
+    if (rows != nullptr && !IsTiffIt())
         return *rows;
-    throw FileFailure(path_, "a " + std::string(Format()) + " file has no rows");
+    throw FileFailure(path_, "a " + std::string(Format()) + " file gives no rows", std::nullopt,
+                      IsTiffIt()
+                          ? "It can only be drawn, by `tympan preview`; if it is a TIFF too, "
+                            "--as tiff takes it as that."
+                          : "");
 }
 
 CtFileInterface* Picture::AsCt() const
@@ -196,6 +269,11 @@ LWFileInterface* Picture::AsLw() const
 JpegFileInterface* Picture::AsJpeg() const
 {
     return dynamic_cast<JpegFileInterface*>(opened_.picture.get());
+}
+
+TiffFileInterface* Picture::AsTiff() const
+{
+    return dynamic_cast<TiffFileInterface*>(opened_.picture.get());
 }
 
 std::uint32_t Picture::Width() const
@@ -221,6 +299,18 @@ void Picture::RequireNoFailure() const
         throw Failure();
 }
 
+AxisResolution AxisResolutionOf(const BasePictureIF& picture)
+{
+    // TIFF and TIFF/IT don't count their separations.
+    if (picture.FileNumberOfSeparations() > 0)
+        return { picture.ResolutionOnXScanAxis(), picture.ResolutionOnScanAxis() };
+    const double perInch = TiffDetailsOf(picture).value_or(TiffDetails{}).perInch;
+    const auto inInches = [&](double told) { // 0 stands for none
+        return told * perInch > 0.0 ? told * perInch : std::numeric_limits<double>::quiet_NaN();
+    };
+    return { inInches(picture.ResolutionOnXScanAxis()), inInches(picture.ResolutionOnScanAxis()) };
+}
+
 std::vector<std::string_view> FormatsFor(const std::string& asFormat)
 {
     if (asFormat.empty())
@@ -229,7 +319,7 @@ std::vector<std::string_view> FormatsFor(const std::string& asFormat)
         std::find_if(kAsValues.begin(), kAsValues.end(),
                      [&](const AsValue& one) { return one.option == asFormat; });
     std::vector<std::string_view> formats;
-    for (const std::string_view name : FormatNames())
+    for (const std::string_view name : ReadFormats())
         if (value != kAsValues.end() &&
             (name == value->formats || name.substr(0, name.find(' ')) == value->formats))
             formats.push_back(name);
@@ -261,6 +351,15 @@ Picture OpenPicture(const std::string& path, const std::string& asFormat)
     return { path, std::move(opening.opened) };
 }
 
+bool IsTiffItInTiff(const std::string& path)
+{
+    const CString name(path.c_str());
+    const OpenedPicture tiff = OpenPictureAs(name, "TIFF");
+    return tiff.picture != nullptr && !tiff.isOpen && TiffDetailsOf(*tiff.picture) &&
+           MayBeTiffIt(tiff.picture.get()) &&
+           tool::Guard(path, [&] { return TiffItKindOf(name).has_value(); });
+}
+
 void AddAsOption(CLI::App& command, std::string& asFormat)
 {
     std::vector<std::string> values(kAsValues.size());
@@ -283,6 +382,10 @@ void RequirePixels(const Picture& picture)
                               std::to_string(picture.Width()) + " x " +
                               std::to_string(picture.Height()),
                           std::nullopt, kDamagedAdvice);
+    if (picture.AsTiff() != nullptr)
+        RequireHeldClaim(picture.Path(),
+                         std::uint64_t{ picture.Width() } * SeparationsOf(picture.Object()).size(),
+                         kMostForTiffByte);
 }
 
 LWFileInterface& RequireLineWork(const Picture& picture, const std::string& wish)

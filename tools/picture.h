@@ -22,7 +22,7 @@ class Picture {
     Picture(std::string path, OpenedPicture opened);
 
     const std::string& Path() const { return path_; }
-    /// As in `FormatNames()`.
+    /// As in `FormatNames()`, or `kTiffItName`.
     std::string_view Format() const { return opened_.format; }
     BasePictureIF& Object() const { return *opened_.picture; }
     /// \throws FileFailure for a file without rows.
@@ -31,6 +31,9 @@ class Picture {
     CtFileInterface* AsCt() const;
     LWFileInterface* AsLw() const;
     JpegFileInterface* AsJpeg() const;
+    TiffFileInterface* AsTiff() const;
+    /// Whether the picture can be drawn only, as a whole: it has no rows.
+    bool IsTiffIt() const { return Format() == kTiffItName; }
 
     std::uint32_t Width() const;
     std::uint32_t Height() const;
@@ -44,6 +47,14 @@ class Picture {
     std::string path_;
     OpenedPicture opened_;
 };
+
+/// Pixels per inch; for most formats not finite, for some not above 0, where the file tells none.
+struct AxisResolution {
+    double alongWidth, alongHeight;
+};
+
+/// As the header tells it, whatever its unit.
+AxisResolution AxisResolutionOf(const BasePictureIF& picture);
 
 /// What to do about a file whose rows are bad.
 inline constexpr char kCheckAdvice[] = "`tympan check FILE` tells all that is wrong with it.";
@@ -66,6 +77,10 @@ Opening TryOpenPicture(const std::string& path, const std::string& asFormat);
 /// \throws UsageFailure as above; FileFailure when the file isn't taken.
 Picture OpenPicture(const std::string& path, const std::string& asFormat);
 
+/// Whether a file that opens as a TIFF of no known kind is taken for TIFF/IT.
+/// \throws FileFailure when the file can't be read.
+bool IsTiffItInTiff(const std::string& path);
+
 /// Declares `--as`, which takes the same values in every build.
 void AddAsOption(CLI::App& command, std::string& asFormat);
 
@@ -73,7 +88,8 @@ void AddAsOption(CLI::App& command, std::string& asFormat);
 /// eight digits, and the library cuts what it works out of them to four decimals.
 bool IsSameResolution(double read, double meant);
 
-/// \throws FileFailure for a picture without a pixel.
+/// \throws FileFailure for a picture without a pixel, and for one whose rows are longer than the file
+///   can fill.
 void RequirePixels(const Picture& picture);
 
 /// The line work of a picture, for what only runs can be asked.

@@ -12,6 +12,7 @@
 #include "row_range.h"
 #include "separation_bands.h"
 #include "separations.h"
+#include "tiff_plates.h"
 
 #include <algorithm>
 #include <array>
@@ -21,6 +22,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace tympan::tool {
@@ -35,15 +37,22 @@ struct PreviewOptions {
     bool gray = false;
     std::string rows;
     std::uint32_t fit = std::numeric_limits<std::int32_t>::max();
+    std::uint64_t maxMemory = std::uint64_t{ 4 } << 30U; ///< bytes
 };
 
 constexpr std::array<std::string_view, 1> kEndings{ ".png" };
 
+// The one plate that is shown, in its tint, or in grey where it is no ink that has one.
+struct ShownPlate {
+    ColorSeparationType separation;
+    bool hasTint;
+};
+
 // The place of a pixel's byte among blue, green and red that a plate's tint shows the plate in.
-std::size_t ChannelOf(ColorSeparationType separation)
+std::size_t ChannelOf(const ShownPlate& plate)
 {
     constexpr std::array<std::size_t, 4> kChannels{ 2, 1, 0, 0 };
-    return kChannels.at(static_cast<std::size_t>(separation));
+    return plate.hasTint ? kChannels.at(static_cast<std::size_t>(plate.separation)) : 0;
 }
 
 // What of each pixel is written, and in which order.
@@ -52,19 +61,23 @@ struct WrittenChannels {
     std::vector<std::size_t> channels; // among blue, green and red
 };
 
-WrittenChannels ChannelsFor(const PreviewOptions& options,
-                            std::optional<ColorSeparationType> separation)
+WrittenChannels ChannelsFor(const PreviewOptions& options, const std::optional<ShownPlate>& plate)
 {
-    if (options.gray && separation)
-        return { PngColour::Grey, { ChannelOf(*separation) } };
+    if (options.gray && plate)
+        return { PngColour::Grey, { ChannelOf(*plate) } };
     return { PngColour::Rgb, { 2, 1, 0 } };
 }
 
-std::optional<ColorSeparationType> WantedSeparation(const PreviewOptions& options)
+// Of a TIFF's samples only the first four inks have tints.
+std::optional<ShownPlate> WantedPlate(const Picture& picture, const PreviewOptions& options)
 {
     if (options.separation.empty())
         return std::nullopt;
-    return ParseSeparation(options.separation);
+    picture.Rows(); // refuses a file without them
+    const ColorSeparationType separation =
+        SeparationNamed(options.file, picture.Object(), options.separation);
+    const TiffFileInterface* const tiff = picture.AsTiff();
+    return ShownPlate{ separation, tiff == nullptr || (IsOfInks(*tiff) && separation <= Black) };
 }
 
 // Gives the rows in blue, green and red, from the top down.
@@ -120,25 +133,59 @@ GiveRows Decoded(const Picture& picture, RowRange rows)
     };
 }
 
+// A TIFF in its own colours.
+GiveRows Coloured(const Picture& picture, RowRange rows)
+{
+    return [=, &picture](const TakePixels& take) {
+        const TiffColours colours(picture);
+        SeparationBands bands(picture, colours.Separations(), rows);
+        std::vector<std::uint8_t> pixels(std::size_t{ picture.Width() } * 3);
+        for (std::uint32_t row = rows.first; row < rows.end; ++row) {
+            colours.Show(bands, row, pixels);
+            for (std::size_t pixel = 0; pixel < pixels.size(); pixel += 3)
+                std::swap(pixels[pixel], pixels[pixel + 2]);
+            take(row, 0, pixels);
+        }
+    };
+}
+
+// A TIFF/IT picture, which is drawn from its first row on, whichever are wanted: on a bitmap of all
+// of them.
+GiveRows DrawnWhole(const Picture& picture, RowRange rows)
+{
+    return [=, &picture](const TakePixels& take) {
+        PreviewBand whole(picture.Width(), rows.Count());
+        whole.FillWithPaper();
+        whole.MoveTo(0, rows.first);
+        picture.Object().Display(0, rows.end - 1, whole.Context());
+        picture.RequireNoFailure();
+        for (std::uint32_t row = rows.first; row < rows.end; ++row)
+            take(row, 0, whole.Row(row - rows.first));
+    };
+}
+
 using Colour = std::array<std::uint8_t, 3>; // blue, green and red
 
-std::array<Colour, 256> TintsOf(ColorSeparationType separation)
+std::array<Colour, 256> TintsOf(const ShownPlate& plate)
 {
     std::array<Colour, 256> tints{};
     for (std::size_t value = 0; value < tints.size(); ++value) {
-        const unsigned long packed = PictureFileInterface::CalculatePixelAsRGB(
-            static_cast<unsigned char>(value), separation);
-        PutColour(packed, tints[value].begin());
+        const auto byte = static_cast<std::uint8_t>(value);
+        if (plate.hasTint)
+            PutColour(PictureFileInterface::CalculatePixelAsRGB(byte, plate.separation),
+                      tints[value].begin());
+        else
+            tints[value].fill(byte);
     }
     return tints;
 }
 
 // One separation in its tint.
-GiveRows Plate(const Picture& picture, RowRange rows, ColorSeparationType separation)
+GiveRows Plate(const Picture& picture, RowRange rows, const ShownPlate& plate)
 {
     return [=, &picture](const TakePixels& take) {
-        const auto tints = TintsOf(separation);
-        SeparationBands bands(picture, { separation }, rows);
+        const auto tints = TintsOf(plate);
+        SeparationBands bands(picture, { plate.separation }, rows);
         std::vector<std::uint8_t> pixels(std::size_t{ picture.Width() } * 3);
         for (std::uint32_t row = rows.first; row < rows.end; ++row) {
             auto pixel = pixels.begin();
@@ -149,27 +196,28 @@ GiveRows Plate(const Picture& picture, RowRange rows, ColorSeparationType separa
     };
 }
 
-GiveRows GiverOf(const Picture& picture, RowRange rows,
-                 std::optional<ColorSeparationType> separation)
+GiveRows GiverOf(const Picture& picture, RowRange rows, const std::optional<ShownPlate>& plate)
 {
-    if (separation)
-        return Plate(picture, rows, *separation);
+    if (plate)
+        return Plate(picture, rows, *plate);
+    if (picture.AsTiff() != nullptr)
+        return Coloured(picture, rows);
+    if (picture.IsTiffIt())
+        return DrawnWhole(picture, rows);
     return picture.AsJpeg() != nullptr ? Decoded(picture, rows) : Composite(picture, rows);
 }
 
 WrittenForm FormOf(const Picture& picture, PixelSize shown, PixelSize target)
 {
-    const BasePictureIF& object = picture.Object();
-    return { target.width, target.height,
-             object.ResolutionOnXScanAxis() * target.width / shown.width,
-             object.ResolutionOnScanAxis() * target.height / shown.height };
+    const AxisResolution resolution = AxisResolutionOf(picture.Object());
+    return { target.width, target.height, resolution.alongWidth * target.width / shown.width,
+             resolution.alongHeight * target.height / shown.height };
 }
 
-void WritePreview(const Picture& picture, const PreviewOptions& options, RowRange rows,
-                  const OutputFile& output)
+void WritePreview(const Picture& picture, const PreviewOptions& options,
+                  const std::optional<ShownPlate>& plate, RowRange rows, const OutputFile& output)
 {
-    const auto separation = WantedSeparation(options);
-    const WrittenChannels written = ChannelsFor(options, separation);
+    const WrittenChannels written = ChannelsFor(options, plate);
     const PixelSize shown{ picture.Width(), rows.Count() };
     const PixelSize target = Fitted(shown, options.fit);
     PngFile png(output, FormOf(picture, shown, target), written.colour);
@@ -183,7 +231,7 @@ void WritePreview(const Picture& picture, const PreviewOptions& options, RowRang
         png.Write(pngRow);
     });
     Progress progress("Drawing " + picture.Path(), shown.height);
-    const GiveRows give = GiverOf(picture, rows, separation);
+    const GiveRows give = GiverOf(picture, rows, plate);
     give([&](std::uint32_t row, std::uint32_t column, std::span<const std::uint8_t> pixels) {
         average.Add(row - rows.first, column, pixels);
         progress.Advance(column == 0 ? 1 : 0);
@@ -201,24 +249,33 @@ bool IsHopeless(RowRange rows, std::uint32_t missing)
            (missing - rows.first) < rows.Count() / kLeastShare;
 }
 
+void RequireMemory(const Picture& picture, RowRange rows, std::uint64_t most)
+{
+    const std::uint64_t bytes = PreviewBand::BytesOf(picture.Width(), rows.Count());
+    if (picture.IsTiffIt() && bytes > most)
+        throw FileFailure(picture.Path(),
+                          "is drawn as a whole, which takes " + std::to_string(bytes) +
+                              " bytes of memory",
+                          {}, "Allow it by --max-memory, or draw fewer rows by --rows.");
+}
+
 void Preview(const PreviewOptions& options)
 {
-    const auto separation = WantedSeparation(options);
-    if (options.gray && !separation)
+    if (options.gray && options.separation.empty())
         throw UsageFailure("--gray shows one separation: name it with --separation");
     RequireEnding(options.output, kEndings);
     const Picture picture = OpenPicture(options.file, options.asFormat);
     RequirePixels(picture);
-    if (separation)
-        RequireSeparation(options.file, picture.Object(), *separation);
+    const auto plate = WantedPlate(picture, options);
     const RowRange rows = ParseRows(options.rows, picture.Height());
+    RequireMemory(picture, rows, options.maxMemory);
     ShowTransparentAsPaper(picture);
 
     const auto missing = FirstMissingRow(picture);
     if (missing && (*missing <= rows.first || IsHopeless(rows, *missing)))
         throw MissingRowFailure(options.file, *missing, picture.Height());
     OutputFile output(options.output, options.file);
-    WritePreview(picture, options, rows, output);
+    WritePreview(picture, options, plate, rows, output);
     output.Commit();
     if (missing && *missing < rows.end) // written, for a person may want to see what is there
         throw MissingRowFailure(options.file, *missing, picture.Height());
@@ -234,7 +291,8 @@ void AddPreview(CLI::App& app)
     command.add_option("-o,--output", options->output, "The PNG file to write")->required();
     command
         .add_option("--separation", options->separation,
-                    "Only this separation, in its tint: cyan, magenta, yellow, black or 0 to 3")
+                    "Only this separation, in its tint: cyan, magenta, yellow, black, 0 to 3, or a "
+                    "TIFF's channel")
         ->check(RefuseEmpty);
     command.add_flag("--gray", options->gray, "Show the separation in grey");
     command.add_option("--rows", options->rows, kRowsHelp)->check(RefuseEmpty);
@@ -243,11 +301,18 @@ void AddPreview(CLI::App& app)
                     "Make the longer side at most N pixels, by averaging; never enlarges")
         ->check(CLI::Range(std::uint32_t{ 1 }, options->fit))
         ->default_str("");
+    command
+        .add_option("--max-memory", options->maxMemory,
+                    "The most that a TIFF/IT picture, which is drawn as a whole, may take in "
+                    "memory, such as 512MiB")
+        ->transform(CLI::AsSizeValue(false))
+        ->default_str("4GiB");
     AddAsOption(command, options->asFormat);
     command.footer(
         R"(Transparent colours of line work are shown as paper.
 Rows that a cut CT file doesn't hold are shown without ink, and the exit status is 1.
-Nothing is written when nearly all of a huge picture is missing, or when line work or a JPEG has a bad row.
+Nothing is written when nearly all of a huge picture is missing, or when line work, a JPEG or
+a TIFF has a bad row.
 With --fit each pixel is the mean of a box of whole pixels, each of which counts once.
 
 Example:

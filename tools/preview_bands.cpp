@@ -13,7 +13,7 @@ constexpr std::uint32_t kBandPixels = (4U << 20U) / kBytesPerPixel;
 } // namespace
 
 PreviewBand::PreviewBand(std::uint32_t columns, std::uint32_t rows)
-    : columns_(columns), rowBytes_((std::size_t{ columns } * kBytesPerPixel + 3) / 4 * 4)
+    : columns_(columns), rows_(rows), rowBytes_(static_cast<std::size_t>(BytesOf(columns, 1)))
 {
     BITMAPINFO info{};
     info.bmiHeader.biSize = sizeof(BITMAPINFOHEADER);
@@ -26,6 +26,17 @@ PreviewBand::PreviewBand(std::uint32_t columns, std::uint32_t rows)
     if (bitmap_ == nullptr || context_.Attach(CreateCompatibleDC(nullptr)) == FALSE)
         throw std::bad_alloc();
     SelectObject(context_.GetSafeHdc(), bitmap_.get());
+}
+
+std::uint64_t PreviewBand::BytesOf(std::uint32_t columns, std::uint32_t rows)
+{
+    return (std::uint64_t{ columns } * kBytesPerPixel + 3) / 4 * 4 * rows;
+}
+
+void PreviewBand::FillWithPaper()
+{
+    constexpr std::uint8_t kWhite = 255;
+    std::fill_n(static_cast<std::uint8_t*>(bits_), rowBytes_ * rows_, kWhite);
 }
 
 void PreviewBand::MoveTo(std::uint32_t column, std::uint32_t row)

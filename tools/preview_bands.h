@@ -17,6 +17,11 @@ class PreviewBand {
     /// \throws std::bad_alloc when there is no memory.
     PreviewBand(std::uint32_t columns, std::uint32_t rows);
 
+    /// The memory that such a bitmap takes.
+    static std::uint64_t BytesOf(std::uint32_t columns, std::uint32_t rows);
+
+    /// Makes all of it white, for a picture that doesn't draw all its pixels.
+    void FillWithPaper();
     /// Moves the context so that the picture's pixel (column, row) falls on the first of the
     /// bitmap.
     void MoveTo(std::uint32_t column, std::uint32_t row);
@@ -30,6 +35,7 @@ class PreviewBand {
     };
 
     std::uint32_t columns_;
+    std::uint32_t rows_;
     std::size_t rowBytes_;
     void* bits_ = nullptr;
     std::unique_ptr<HBITMAP_, DeleteBitmap> bitmap_;

@@ -61,8 +61,8 @@ class StoredRows : public RowSource {
 
     WrittenForm Form() const override
     {
-        return { picture_.Width(), rows_.Count(), object_.ResolutionOnXScanAxis(),
-                 object_.ResolutionOnScanAxis() };
+        const AxisResolution own = AxisResolutionOf(object_);
+        return { picture_.Width(), rows_.Count(), own.alongWidth, own.alongHeight };
     }
 
     void WriteTo(RowWriter& writer) override
@@ -80,12 +80,10 @@ class ResampledRows : public RowSource {
   public:
     ResampledRows(const Picture& picture, ColorSeparationType separation, RowRange rows,
                   double resolution)
-        : RowSource(picture, separation, rows),
-          askedScan_(resolution / object_.ResolutionOnXScanAxis() * object_.ResolutionOnScanAxis()),
-          askedXScan_(resolution / object_.ResolutionOnScanAxis() *
-                      object_.ResolutionOnXScanAxis()),
-          horizontal_(askedScan_ / object_.ResolutionOnScanAxis()),
-          vertical_(askedXScan_ / object_.ResolutionOnXScanAxis())
+        : RowSource(picture, separation, rows), own_(AxisResolutionOf(object_)),
+          askedScan_(resolution / own_.alongWidth * own_.alongHeight),
+          askedXScan_(resolution / own_.alongHeight * own_.alongWidth),
+          horizontal_(askedScan_ / own_.alongHeight), vertical_(askedXScan_ / own_.alongWidth)
     {
         const double width = std::floor(horizontal_ * picture.Width() + 0.5);
         const double height = std::floor(vertical_ * picture.Height() + 0.5);
@@ -94,7 +92,9 @@ class ResampledRows : public RowSource {
                                std::to_string(static_cast<long>(kLongestRow)) +
                                " pixels wide or high");
         buffer_.resize(width >= 1.0 ? static_cast<std::size_t>(width) : 1);
-        if (picture.AsJpeg() != nullptr && HasRatios())
+        if (picture.AsTiff() != nullptr && !HasRatios())
+            throw FileFailure(picture.Path(), "can't be resampled", std::nullopt, Advice());
+        if ((picture.AsJpeg() != nullptr || picture.AsTiff() != nullptr) && HasRatios())
             decoded_.emplace(picture, std::vector{ separation }, rows);
         // The library refuses what a format can't do, and numbers that are none.
         if (!decoded_ && !ReadRow(0))
@@ -109,8 +109,7 @@ class ResampledRows : public RowSource {
     WrittenForm Form() const override
     {
         return { static_cast<std::uint32_t>(buffer_.size()), endRow_ - firstRow_,
-                 object_.ResolutionOnXScanAxis() * horizontal_,
-                 object_.ResolutionOnScanAxis() * vertical_ };
+                 own_.alongWidth * horizontal_, own_.alongHeight * vertical_ };
     }
 
     void WriteTo(RowWriter& writer) override
@@ -148,7 +147,7 @@ class ResampledRows : public RowSource {
                vertical_ > 0.0;
     }
 
-    // The pixels of a JPEG are repeated and dropped as those of line work are.
+    // The pixels of a JPEG and a TIFF are repeated and dropped as those of line work are.
     void Resample(std::span<const std::uint8_t> pixels)
     {
         for (std::size_t x = 0; x < buffer_.size(); ++x) {
@@ -180,18 +179,18 @@ class ResampledRows : public RowSource {
             std::snprintf(digits.data(), digits.size(), "%.10g", value);
             return std::string(digits.data());
         };
-        return "--resolution has to be at least the file's: " +
-               text(object_.ResolutionOnXScanAxis()) + " along the width, " +
-               text(object_.ResolutionOnScanAxis()) + " along the height.";
+        return "--resolution has to be at least the file's: " + text(own_.alongWidth) +
+               " along the width, " + text(own_.alongHeight) + " along the height.";
     }
 
+    AxisResolution own_;
     // What the library is asked for: it takes the width's ratio from the resolution along the height,
     // and the other way round.
     double askedScan_;
     double askedXScan_;
     double horizontal_;
     double vertical_;
-    std::optional<SeparationBands> decoded_; // a JPEG's
+    std::optional<SeparationBands> decoded_; // a JPEG's and a TIFF's
     std::vector<std::uint8_t> buffer_;       // one row
     std::uint32_t firstRow_ = 0;             // of the output's whole picture
     std::uint32_t endRow_ = 0;
@@ -202,9 +201,10 @@ std::unique_ptr<RowSource> SourceOf(const Picture& picture, const RowsOptions& o
 {
     // Rows at the file's own resolution are the stored ones, though its header tells it a little
     // less.
+    const AxisResolution own = AxisResolutionOf(picture.Object());
     const auto isOwn = [&](double resolution) {
-        return IsSameResolution(picture.Object().ResolutionOnXScanAxis(), resolution) &&
-               IsSameResolution(picture.Object().ResolutionOnScanAxis(), resolution);
+        return IsSameResolution(own.alongWidth, resolution) &&
+               IsSameResolution(own.alongHeight, resolution);
     };
     if (options.resolution && !isOwn(*options.resolution))
         return std::make_unique<ResampledRows>(picture, separation, rows, *options.resolution);
@@ -215,11 +215,12 @@ void Rows(const RowsOptions& options)
 {
     if (options.resolution && !std::isfinite(*options.resolution))
         throw UsageFailure("--resolution wants a number of pixels per inch");
-    const ColorSeparationType separation = ParseSeparation(options.separation);
     const std::string ending = RequireEnding(options.output, GreyEndings());
     const Picture picture = OpenPicture(options.file, options.asFormat);
+    picture.Rows(); // refuses a file without them
     RequirePixels(picture);
-    RequireSeparation(options.file, picture.Object(), separation);
+    const ColorSeparationType separation =
+        SeparationNamed(options.file, picture.Object(), options.separation);
     const RowRange rows = ParseRows(options.rows, picture.Height());
     RequireRows(picture, rows.end);
 
@@ -240,7 +241,7 @@ void AddRows(CLI::App& app)
     command.add_option("FILE", options->file, "The picture")->required();
     command
         .add_option("--separation", options->separation,
-                    "The separation: cyan, magenta, yellow, black or 0 to 3")
+                    "The separation: cyan, magenta, yellow, black, 0 to 3, or a TIFF's channel")
         ->required();
     command
         .add_option(
@@ -258,13 +259,16 @@ void AddRows(CLI::App& app)
 --rows counts the file's own rows, with --resolution too.
 An RGB JPEG has its red as cyan, its green as magenta and its blue as yellow, for a red of
 255 is no cyan; a grey one has black.
+A TIFF has the separations that `tympan info` names. Its inks, greys and bits come as 255
+for no ink; red, green, blue, Y, Cb, Cr and palette numbers come as they are stored.
 Transparent colours of line work have the value that the library gives them, which no
 other colour has: `tympan info` tells it. preview and export show them as paper.
 
 Example:
   tympan rows photo.ct --separation cyan -o cyan.tif
   tympan rows photo.ct --separation 3 -o black.raw --rows 100:200
-  tympan rows photo.jpg --separation cyan -o red.png)");
+  tympan rows photo.jpg --separation cyan -o red.png
+  tympan rows label.tif --separation orange -o orange.tif)");
     command.callback([options] { Guard(options->file, [&] { Rows(*options); }); });
 }
 

@@ -50,12 +50,19 @@ SeparationBands::SeparationBands(const Picture& picture,
 {
     if (picture.AsJpeg() != nullptr)
         jpeg_.emplace(picture, rows);
+    if (picture.AsTiff() != nullptr)
+        tiff_.emplace(picture);
 }
 
 std::span<const std::uint8_t> SeparationBands::Row(std::uint32_t row, std::size_t separation)
 {
     if (row >= band_.end)
         ReadBand(row);
+    return PlaceOf(row, separation);
+}
+
+std::span<std::uint8_t> SeparationBands::PlaceOf(std::uint32_t row, std::size_t separation)
+{
     const std::size_t width = picture_.Width();
     return std::span(planes_[separation]).subspan((row - band_.first) * width, width);
 }
@@ -67,6 +74,10 @@ void SeparationBands::ReadBand(std::uint32_t firstRow)
               static_cast<std::uint32_t>(std::min<std::size_t>(firstRow + bandRows_, rows_.end)) };
     if (jpeg_) {
         Decode(*jpeg_);
+        return;
+    }
+    if (tiff_) {
+        ReadPlates(*tiff_);
         return;
     }
     for (std::size_t i = 0; i < separations_.size(); ++i) {
@@ -88,6 +99,14 @@ void SeparationBands::Decode(JpegBands& jpeg)
                 plate[x] = pixels[x * components + samples_[i]];
         }
     }
+}
+
+// Row by row, for the library keeps the rows that it has decoded together, not those of a whole band.
+void SeparationBands::ReadPlates(TiffPlates& tiff)
+{
+    for (std::uint32_t row = band_.first; row < band_.end; ++row)
+        for (std::size_t i = 0; i < separations_.size(); ++i)
+            tiff.Read(row, separations_[i], PlaceOf(row, i));
 }
 
 FileFailure RowsFailure(const Picture& picture, RowRange rows)

@@ -4,6 +4,7 @@
 #include "jpeg_bands.h"
 #include "picture.h"
 #include "row_range.h"
+#include "tiff_plates.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -21,18 +22,21 @@ class SeparationBands {
                     RowRange rows);
 
     /// A row of one of the separations, by its place among those given; 255 is no ink, which is what
-    /// a row that the file doesn't hold has. It holds until a row of another band is asked for.
+    /// a row that the file doesn't hold has. Of a TIFF as `TiffPlates` gives it. It holds until a row of another band is asked for.
     /// \throws FileFailure, naming the row.
     std::span<const std::uint8_t> Row(std::uint32_t row, std::size_t separation);
 
   private:
     void ReadBand(std::uint32_t firstRow);
     void Decode(JpegBands& jpeg);
+    void ReadPlates(TiffPlates& tiff);
+    std::span<std::uint8_t> PlaceOf(std::uint32_t row, std::size_t separation);
 
     const Picture& picture_;
     std::vector<ColorSeparationType> separations_;
     RowRange rows_;
     std::optional<JpegBands> jpeg_;    // nothing for other formats
+    std::optional<TiffPlates> tiff_;   // the same
     std::vector<std::size_t> samples_; // of a JPEG's pixel, the places of the separations
     std::size_t bandRows_;
     std::vector<std::vector<std::uint8_t>> planes_;

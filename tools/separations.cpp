@@ -2,10 +2,13 @@
 
 #include "failure.h"
 
+#include <tympan/inspect.h>
+
 #include <algorithm>
 #include <array>
 #include <cctype>
 #include <cstddef>
+#include <optional>
 #include <string_view>
 
 namespace tympan::tool {
@@ -22,6 +25,39 @@ std::string InLowerCase(std::string text)
     return text;
 }
 
+const TiffFileInterface* TiffOf(const BasePictureIF& picture)
+{
+    return dynamic_cast<const TiffFileInterface*>(&picture);
+}
+
+std::vector<std::string> ChannelsOf(const BasePictureIF& picture)
+{
+    const std::optional<TiffDetails> details = TiffDetailsOf(picture);
+    return details ? details->channels : std::vector<std::string>{};
+}
+
+[[noreturn]] void RefuseSeparation(const std::string& path, const BasePictureIF& picture,
+                                   const std::string& name)
+{
+    throw FileFailure(path, "has no separation " + name, std::nullopt,
+                      "It has: " + NamesOf(picture) + ".");
+}
+
+// The name goes before the number, for an ink may be called by a number.
+ColorSeparationType ChannelNamed(const std::string& path, const BasePictureIF& picture,
+                                 const std::string& text)
+{
+    const std::vector<std::string> channels = ChannelsOf(picture);
+    const std::string wanted = InLowerCase(text);
+    for (std::size_t number = 0; number < channels.size(); ++number)
+        if (wanted == InLowerCase(channels[number]))
+            return static_cast<ColorSeparationType>(number);
+    for (std::size_t number = 0; number < channels.size(); ++number)
+        if (wanted == std::to_string(number))
+            return static_cast<ColorSeparationType>(number);
+    RefuseSeparation(path, picture, text);
+}
+
 } // namespace
 
 std::string NameOf(ColorSeparationType separation)
@@ -29,6 +65,13 @@ std::string NameOf(ColorSeparationType separation)
     const auto number = static_cast<std::size_t>(separation);
     return number < kNames.size() ? std::string(kNames[number])
                                   : "separation " + std::to_string(separation);
+}
+
+std::string NameOf(const BasePictureIF& picture, ColorSeparationType separation)
+{
+    const std::vector<std::string> channels = ChannelsOf(picture);
+    const auto number = static_cast<std::size_t>(separation);
+    return number < channels.size() ? channels[number] : NameOf(separation);
 }
 
 ColorSeparationType ParseSeparation(const std::string& text)
@@ -43,6 +86,13 @@ ColorSeparationType ParseSeparation(const std::string& text)
 
 std::vector<ColorSeparationType> SeparationsOf(const BasePictureIF& picture)
 {
+    if (const TiffFileInterface* const tiff = TiffOf(picture)) {
+        std::vector<ColorSeparationType> samples(ChannelsOf(*tiff).size());
+        std::generate(samples.begin(), samples.end(), [number = 0]() mutable {
+            return static_cast<ColorSeparationType>(number++);
+        });
+        return samples;
+    }
     const unsigned int count =
         std::min(picture.FileNumberOfSeparations(), PictureParameters::kSlots);
     const bool isJpeg = dynamic_cast<const JpegFileInterface*>(&picture) != nullptr;
@@ -55,11 +105,11 @@ std::vector<ColorSeparationType> SeparationsOf(const BasePictureIF& picture)
     return separations;
 }
 
-std::string NamesOf(const std::vector<ColorSeparationType>& separations)
+std::string NamesOf(const BasePictureIF& picture)
 {
     std::string names;
-    for (const ColorSeparationType separation : separations)
-        names += (names.empty() ? "" : ", ") + NameOf(separation);
+    for (const ColorSeparationType separation : SeparationsOf(picture))
+        names += (names.empty() ? "" : ", ") + NameOf(picture, separation);
     return names;
 }
 
@@ -68,8 +118,17 @@ void RequireSeparation(const std::string& path, const BasePictureIF& picture,
 {
     const std::vector<ColorSeparationType> present = SeparationsOf(picture);
     if (std::find(present.begin(), present.end(), separation) == present.end())
-        throw FileFailure(path, "has no separation " + NameOf(separation), std::nullopt,
-                          "It has: " + NamesOf(present) + ".");
+        RefuseSeparation(path, picture, NameOf(separation));
+}
+
+ColorSeparationType SeparationNamed(const std::string& path, const BasePictureIF& picture,
+                                    const std::string& text)
+{
+    if (TiffOf(picture) != nullptr)
+        return ChannelNamed(path, picture, text);
+    const ColorSeparationType separation = ParseSeparation(text);
+    RequireSeparation(path, picture, separation);
+    return separation;
 }
 
 } // namespace tympan::tool

@@ -216,8 +216,7 @@ void AddStream(CLI::App& app)
 {
     constexpr std::int32_t kMost = std::numeric_limits<std::int32_t>::max();
     const auto options = std::make_shared<StreamOptions>();
-    CLI::App& command =
-        *app.add_subcommand("stream", "Write line work as a run stream");
+    CLI::App& command = *app.add_subcommand("stream", "Write line work as a run stream");
     command.add_option("IN", options->file, "An LW file")->required();
     command.add_option("-o,--output", options->output, "The file to write, of bytes alone")
         ->required();

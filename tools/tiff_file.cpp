@@ -3,6 +3,7 @@
 #include <array>
 #include <cerrno>
 #include <cstdarg>
+#include <cstdint>
 #include <cstdio>
 #include <memory>
 
@@ -60,6 +61,12 @@ void TiffFile::FailWriting() const
         throw SystemFailure(shownPath_, errno);
     throw FileFailure(shownPath_, "writing failed: " + firstError_, std::nullopt,
                       "The disk may be full.");
+}
+
+std::string CompressionName(unsigned long number)
+{
+    const TIFFCodec* const codec = TIFFFindCODEC(static_cast<std::uint16_t>(number));
+    return codec != nullptr ? codec->name : "";
 }
 
 // Called by C: nothing may be thrown through it.

@@ -5,10 +5,14 @@
 
 #include <tiffio.h>
 
+#include <cstdint>
 #include <memory>
 #include <string>
 
 namespace tympan::tool {
+
+/// The most bytes that one of a file can stand for, in the usual compressions.
+inline constexpr std::uint64_t kMostForTiffByte = 1032;
 
 /// Owns an open TIFF file. Warnings are dropped; the first error's text is kept for `Fail`.
 class TiffFile {
@@ -38,5 +42,8 @@ class TiffFile {
     std::string firstError_;
     TIFF* handle_ = nullptr;
 };
+
+/// What libtiff calls a compression, by its number in a file; empty for one that it doesn't know.
+std::string CompressionName(unsigned long number);
 
 } // namespace tympan::tool

@@ -16,7 +16,6 @@ namespace tympan::tool {
 
 namespace {
 
-constexpr std::uint64_t kMostForByte = 1032; // the most that the usual compressions reach
 constexpr std::uint16_t kMostSamples = 16;
 constexpr char kCutShort[] = "the TIFF data can't be read";
 
@@ -200,7 +199,7 @@ class TileRows : public PlaneRows {
         tileBytes_ = tileRowBytes_ * tileHeight_;
         if (bits % 8 != 0 || TIFFTileSize64(Handle()) != tileBytes_)
             file_->Fail("the TIFF file's tiles don't have the size that its tags say");
-        RequireHeldClaim(path, across * tileBytes_, kMostForByte);
+        RequireHeldClaim(path, across * tileBytes_, kMostForTiffByte);
         tiles_.resize(across * tileBytes_);
     }
 

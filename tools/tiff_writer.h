@@ -5,26 +5,37 @@
 #include "row_writer.h"
 #include "tiff_file.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
+#include <string>
 #include <vector>
 
 namespace tympan::tool {
 
-/// The samples of a pixel: a grey, 255 white; red, green and blue; or the inks C, M, Y and K, 255
-/// full ink.
-enum class TiffColour { Grey, Rgb, CmykInk };
+/// The samples of a pixel: a grey, 255 white; red, green and blue; or inks, 255 full ink.
+enum class TiffColour { Grey, Rgb, Ink };
+
+struct TiffSamples {
+    TiffColour colour = TiffColour::Grey;
+    std::vector<std::string> inks; ///< the names of the inks; none without
+
+    std::size_t Count() const;
+};
+
+/// The names of the four inks that are marked as those of the process.
+const std::vector<std::string>& CmykInks();
 
 class TiffWriter : public RowWriter {
   public:
-    TiffWriter(const OutputFile& output, const WrittenForm& form, TiffColour colour);
+    TiffWriter(const OutputFile& output, const WrittenForm& form, const TiffSamples& samples);
 
     void Write(std::span<const std::uint8_t> row) override;
     void Finish() override;
 
   private:
-    bool SetTags(const WrittenForm& form, TiffColour colour);
-    bool SetInks();
+    bool SetTags(const WrittenForm& form, const TiffSamples& samples);
+    bool SetInks(const std::vector<std::string>& inks);
     bool SetResolution(const WrittenForm& form);
 
     TiffFile tiff_;

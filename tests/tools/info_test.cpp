@@ -61,6 +61,9 @@ TEST(Info, JsonOfAPictureHasEveryKey)
         { "transparent_colors", nullptr },
         { "blocks", nullptr },
         { "mcu_number", nullptr },
+        { "kind", nullptr },
+        { "compression", nullptr },
+        { "photometric", nullptr },
     };
     EXPECT_EQ(InfoOf(folder / "a.ct", 0).dump(), expected.dump());
     const ordered_json runs = InfoOf(folder / "a.ct", 0, { "--runs" });
@@ -159,6 +162,9 @@ TEST(Info, TellsErrorAndCodeOfABadFile)
                                         "transparent_colors",
                                         "blocks",
                                         "mcu_number",
+                                        "kind",
+                                        "compression",
+                                        "photometric",
                                         "error",
                                         "code" };
     struct {
@@ -166,12 +172,15 @@ TEST(Info, TellsErrorAndCodeOfABadFile)
         std::string bytes;
         const std::vector<std::string>& keys;
         ordered_json code;
+        const char* told = "";
     } const cases[] = {
         { "an empty file has no separations", "", refused, 90066 },
         { "zeros have no separations", std::string(4000, '\0'), refused, 90066 },
         { "three separations", HeaderWith(1025, { 3, 0, 7 }), refused, 90066 },
         { "four, but a mask of one", HeaderWith(1025, { 4, 0, 1 }), unknown, nullptr },
         { "rows wider than file and memory", HeaderWith(1068, "+02147483647"), all, 0 },
+        { "a JPEG of a camera", "\xFF\xD8\xFF\xE1" + std::string(4000, '\0'), unknown, nullptr,
+          "is a JPEG" },
     };
     for (const auto& one : cases) {
         SCOPED_TRACE(one.name);
@@ -181,6 +190,7 @@ TEST(Info, TellsErrorAndCodeOfABadFile)
         EXPECT_EQ(KeysOf(info), one.keys);
         EXPECT_EQ(info.at("code"), one.code);
         EXPECT_FALSE(info.at("error").get<std::string>().empty());
+        EXPECT_THAT(info.at("error"), HasSubstr(one.told));
     }
 }
 

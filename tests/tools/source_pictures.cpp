@@ -144,6 +144,8 @@ void SetTags(TIFF* tiff, const Samples& samples, const TiffForm& form)
         TIFFSetField(tiff, TIFFTAG_INKSET, form.inkSet);
     if (form.packed == COMPRESSION_JPEG && form.as == PHOTOMETRIC_YCBCR)
         TIFFSetField(tiff, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB);
+    else if (form.as == PHOTOMETRIC_YCBCR)
+        TIFFSetField(tiff, TIFFTAG_YCBCRSUBSAMPLING, 1, 1);
     const std::uint16_t extra[] = { static_cast<std::uint16_t>(form.extra) };
     if (form.extra >= 0)
         TIFFSetField(tiff, TIFFTAG_EXTRASAMPLES, 1, extra);
@@ -246,7 +248,7 @@ Samples ReadJpeg(const std::string& path)
 
 void WriteTiff(const std::string& path, const Samples& samples, const TiffForm& form)
 {
-    const Tiff tiff = OpenTiff(path, "w");
+    const Tiff tiff = OpenTiff(path, form.mode);
     for (int page = 0; page < form.pages; ++page) {
         SetTags(tiff.get(), samples, form);
         WriteBlocks(tiff.get(),

@@ -76,6 +76,7 @@ struct TiffForm {
     int orientation = 1;
     std::vector<std::uint32_t> palette = {}; ///< 0xRRGGBB
     int pages = 1;
+    const char* mode = "w"; ///< as TIFFOpen has it, for the byte order
 };
 void WriteTiff(const std::string& path, const Samples& samples, const TiffForm& form);
 
