@@ -1,7 +1,7 @@
 // The header record of a TIFF: a plain holder.
 #include "tiff/tiff_file.h"
 
-TiffFileParam::TiffFileParam(const TiffFileParam& other) : PictureParameters()
+TiffFileParam::TiffFileParam(const TiffFileParam& other) : TiffFileParam()
 {
     CopyParameters(other);
 }

@@ -280,7 +280,7 @@ TEST_F(TiffLibraryTest, AStripIsReadOnceForItsRowsFromTheLastOn)
 TEST_F(TiffLibraryTest, RowsAheadOfAFaultAreGiven)
 {
     constexpr struct {
-        Packing packed;
+        Packing packed = kUncompressed;
         std::optional<std::byte>
             spoilt; // stands in the place of the last bytes, none: they are cut
     } kFaults[] = { { kUncompressed, {} },

@@ -305,7 +305,7 @@ TEST(TiffCheck, TellsEachFault)
         { "no TIFF", Bytes(20), { "TIFF-0001" } },
         { "16 bits", MakeTiff(LayoutOf(16, 3, kRgb)), { "TIFF-0002" } },
         { "cut in the last strip",
-          CutShort(MakeTiff(LayoutOf(8, 1, kBlackIsZero)), 2 * 37),
+          CutShort(MakeTiff(LayoutOf(8, 1, kBlackIsZero)), std::size_t{ 2 } * 37),
           { "TIFF-0004 row 27", "TIFF-0004 row 28" } },
     };
     for (const FileCase& one : kCases) {
