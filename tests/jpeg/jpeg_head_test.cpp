@@ -286,12 +286,14 @@ TEST(JpegHead, TablesOutliveAHeadWithoutThem)
 
 TEST(JpegHead, IsReadInOneBlock)
 {
-    if (tympan::kBlockBytes < 400)
-        GTEST_SKIP() << "the blocks of this build are smaller than a head";
     JpegFiles files;
     const auto picture = JpegFiles::Open();
     EXPECT_TRUE(picture->ObjectStatus());
-    EXPECT_EQ(files.Watched().Count(FileOperation::readAt), 2U); // and the side file
+    const std::size_t reads = files.Watched().Count(FileOperation::readAt);
+    if (tympan::kBlockBytes >= JpegSample{}.Head().size())
+        EXPECT_EQ(reads, 2U); // and the side file
+    else                      // as where faults at block borders are hunted
+        EXPECT_LT(reads, JpegSample{}.Head().size() / 8);
 }
 
 TEST(JpegHead, HandsOutTheTables)
