@@ -9,18 +9,20 @@
 
 namespace tympan {
 
+/// The failures at which most formats give no object; others pass on.
+inline constexpr FailureRow kNotCreated[] = {
+    { Caught::File, 0, nullptr },
+    { Caught::Memory, 0, nullptr },
+};
+
 /// Gives the caller the object that `make` gives in a smart pointer, if `open(object)` says that it
-/// is to be kept. Null otherwise, and when making or opening it threw a file or memory failure.
+/// is to be kept. Null otherwise, and when making or opening it threw a failure of the table.
 template <typename Make, typename Open>
-auto* CreateIfKept(Make&& make, Open&& open)
+auto* CreateIfKept(Make&& make, Open&& open, FailureTable failures = kNotCreated)
 {
-    static constexpr FailureRow kNothingMade[] = {
-        { Caught::File, 0, nullptr },
-        { Caught::Memory, 0, nullptr },
-    };
     decltype(make()) picture;
     bool kept = false;
-    Guarded(NoTrace(), kNothingMade, [&] {
+    Guarded(NoTrace(), failures, [&] {
         picture = make();
         kept = open(*picture);
     });
@@ -29,12 +31,16 @@ auto* CreateIfKept(Make&& make, Open&& open)
 
 /// The same for an object that is kept also when its opening failed: the object tells.
 template <typename Make>
-auto* CreateOpened(Make&& make, const CString& fileName, bool inputFile)
+auto* CreateOpened(Make&& make, const CString& fileName, bool inputFile,
+                   FailureTable failures = kNotCreated)
 {
-    return CreateIfKept(std::forward<Make>(make), [&](auto& picture) {
-        picture.OpenPictureFile(fileName, inputFile, false, nullptr);
-        return true;
-    });
+    return CreateIfKept(
+        std::forward<Make>(make),
+        [&](auto& picture) {
+            picture.OpenPictureFile(fileName, inputFile, false, nullptr);
+            return true;
+        },
+        failures);
 }
 
 } // namespace tympan

@@ -1,5 +1,6 @@
 // The two kinds of TIFF/IT pictures: making, opening and telling them, and the rows that they don't
 // have.
+#include "core/create_opened.h"
 #include "tiff/tiff_it_access.h"
 #include "tiff/tiff_it_ct.h"
 #include "tiff/tiff_it_failures.h"
@@ -8,17 +9,6 @@
 namespace {
 
 constexpr tympan::FailureRow kNothingMade[] = { { tympan::Caught::Anything, 0, nullptr } };
-
-template <typename Make>
-auto* CreateOpened(Make&& make, const CString& fileName, bool inputFile)
-{
-    decltype(make()) picture;
-    const bool isKept = tympan::Guarded(tympan::NoTrace(), kNothingMade, [&] {
-        picture = make();
-        picture->OpenPictureFile(fileName, inputFile, false, nullptr);
-    });
-    return isKept ? picture.release() : nullptr;
-}
 
 } // namespace
 
@@ -33,9 +23,9 @@ TiffItCtP1Interface::~TiffItCtP1Interface() = default;
 
 TiffItCtP1Interface* TiffItCtP1Interface::Create(const CString& fileName, bool inputFile)
 {
-    return CreateOpened(
+    return tympan::CreateOpened(
         [] { return std::unique_ptr<TiffItCtP1Interface>(new TiffItCtP1Interface); }, fileName,
-        inputFile);
+        inputFile, kNothingMade);
 }
 
 bool TiffItCtP1Interface::OpenPictureFile(const CString& fileName, bool inputFile, bool reopen,
@@ -99,9 +89,9 @@ TiffItLwP1Interface::~TiffItLwP1Interface()
 
 TiffItLwP1Interface* TiffItLwP1Interface::Create(const CString& fileName, bool inputFile)
 {
-    return CreateOpened(
+    return tympan::CreateOpened(
         [] { return std::unique_ptr<TiffItLwP1Interface>(new TiffItLwP1Interface); }, fileName,
-        inputFile);
+        inputFile, kNothingMade);
 }
 
 bool TiffItLwP1Interface::OpenPictureFile(const CString& fileName, bool inputFile, bool reopen,
