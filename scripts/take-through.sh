@@ -40,6 +40,24 @@ timed() {
     seconds[$1]=$(awk "BEGIN { printf \"%.2f\", $EPOCHREALTIME - $begin }")
 }
 
+# The command, its most memory noted.
+tympan() {
+    /usr/bin/time -a -o "$work/memory" -f %M "$PWD/build/release/tools/tympan" "$@"
+}
+
+# measured STEP COMMAND...: timed, and keeps the most memory of the command in it, in MB.
+declare -A megabytes
+measured() {
+    rm -f "$work/memory"
+    timed "$@"
+    megabytes[$1]=$(sort -n "$work/memory" | awk '/^[0-9]+$/ { most = $1 }
+        END { printf "%.0f", most / 1024 }')
+}
+
+in_megabytes() {
+    awk "BEGIN { printf \"%.1f\", $(stat -c %s "$1") / 1e6 }"
+}
+
 # The value of a number in what `info --json` wrote to info.json.
 info_number() {
     sed -n "s/^ *\"$1\": *\([0-9.]*\),*$/\1/p" "$work/info.json" | head -n 1
