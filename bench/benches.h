@@ -31,4 +31,8 @@ void RegisterJpeg(const std::string& folder);
 /// separations of them against each other. Makes files of its own in `folder`.
 void RegisterTiff(const std::string& folder);
 
+/// TIFF/IT: display of the picture's pixels against that of CT, and of line work against that of LW.
+/// Makes files of its own in `folder`.
+void RegisterTiffIt(const Source<BigPicture>& picture, const std::string& folder);
+
 } // namespace tympan::bench

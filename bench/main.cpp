@@ -44,6 +44,7 @@ void RegisterAll(const tympan::test::TemporaryFolder& folder)
     tympan::bench::RegisterLineWork(folder.Path(""));
     tympan::bench::RegisterJpeg(folder.Path(""));
     tympan::bench::RegisterTiff(folder.Path(""));
+    tympan::bench::RegisterTiffIt(large, folder.Path(""));
 }
 
 } // namespace

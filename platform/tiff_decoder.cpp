@@ -50,7 +50,7 @@ void TiffBand::Become(std::uint32_t newFirst, std::uint32_t newCount, std::size_
     count = 0; // holds nothing while it grows, which may fail
     first = newFirst;
     decoded = 0;
-    failure.clear();
+    failure = {};
     rowBytes = newRowBytes;
     const std::size_t size = std::size_t{ newCount } * rowBytes;
     if (size > room) {

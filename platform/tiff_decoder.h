@@ -8,7 +8,6 @@
 #include <memory>
 #include <optional>
 #include <span>
-#include <string>
 #include <vector>
 
 namespace tympan {
@@ -21,7 +20,7 @@ struct TiffBand {
     std::size_t rowBytes = 0;
     std::unique_ptr<std::byte[]> bytes; ///< without a value until they are decoded
     std::size_t room = 0;               ///< how many of them there are
-    std::string failure;                ///< why there are no more
+    TiffMessage failure;                ///< why there are no more
 
     bool Holds(std::uint32_t row) const { return row >= first && row - first < count; }
     bool HasDecoded(std::uint32_t row) const { return row - first < decoded; }

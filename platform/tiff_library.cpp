@@ -42,7 +42,8 @@ class OpenTiff final : public tiff {
         refusal_ = WhyRefused(source_.Get(), layout_, source_.file.Length());
         if (!refusal_)
             decoder_.emplace(source_, layout_);
-        return true;
+        // libtiff goes on without a field that it couldn't read.
+        return !source_.file.HasFailed() || FailOpening();
     }
 
     std::uint64_t RowBytes() const { return layout_.RowBytes(); }
@@ -71,7 +72,7 @@ class OpenTiff final : public tiff {
         if (!band_.Holds(row))
             FillBand(row);
         if (!band_.HasDecoded(row)) {
-            KeepTiffMessage([&] { return band_.failure; });
+            LastTiffMessage() = band_.failure;
             return false;
         }
         const auto bytes = band_.Row(row);
@@ -85,13 +86,18 @@ class OpenTiff final : public tiff {
         source_.report.Fail(text);
         return false;
     }
+    bool FailBySystem(int error)
+    {
+        source_.report.Fail(SystemText(error), error);
+        return false;
+    }
 
   private:
     bool FailOpening()
     {
         const int error = source_.file.TakeError();
         if (error != 0)
-            return Fail(SystemText(error));
+            return FailBySystem(error);
         return source_.report.HasFailed() ? false : Fail("it is no TIFF file");
     }
 
@@ -108,7 +114,7 @@ class OpenTiff final : public tiff {
     void KeepFailure(int error)
     {
         if (error != 0)
-            source_.report.Fail(SystemText(error));
+            FailBySystem(error);
         else if (!source_.report.HasFailed())
             source_.report.Fail("row " + std::to_string(band_.first + band_.decoded) +
                                 " can't be decoded");
@@ -140,7 +146,7 @@ tiff* OpenNumbered(const char* name, const char* mode, TiffOwner owner, OpenNumb
             return opened->Fail("TIFF files are only read"), nullptr;
         const IoResult number = openNumber(named);
         if (!number)
-            return opened->Fail(SystemText(number.error)), nullptr;
+            return opened->FailBySystem(number.error), nullptr;
         return opened->Open(static_cast<int>(number.value), owner) ? opened.release() : nullptr;
     } catch (const std::exception& failure) {
         KeepTiffMessage([&] { return std::string(named) + ": " + failure.what(); });

@@ -96,3 +96,6 @@ TiffInfo TiffInfoOf(tiff* file);
 
 /// The text of this thread's last error or warning, of any file; empty before the first.
 CString TiffErrorMsg();
+
+/// The errno value behind that text; 0 where the system didn't fail, so that the file is the reason.
+int TiffSystemError();

@@ -7,9 +7,9 @@
 #include <cstdio>
 #include <string_view>
 
-std::string& tympan::LastTiffMessage() noexcept
+tympan::TiffMessage& tympan::LastTiffMessage() noexcept
 {
-    thread_local std::string message;
+    thread_local TiffMessage message;
     return message;
 }
 
@@ -36,5 +36,10 @@ void TiffWarning(const char*, const char* format, ...)
 
 CString TiffErrorMsg()
 {
-    return CString(std::string_view(tympan::LastTiffMessage()));
+    return CString(std::string_view(tympan::LastTiffMessage().text));
+}
+
+int TiffSystemError()
+{
+    return tympan::LastTiffMessage().systemError;
 }

@@ -7,18 +7,25 @@
 
 namespace tympan {
 
-/// The text that TiffErrorMsg() gives on this thread.
-std::string& LastTiffMessage() noexcept;
+struct TiffMessage {
+    std::string text;
+    int systemError = 0; ///< an errno value, where the system is the reason
+};
+
+/// What TiffErrorMsg() and TiffSystemError() tell on this thread.
+TiffMessage& LastTiffMessage() noexcept;
 
 /// Keeps the text that `compose` makes. Where there is no memory for it none is kept: nobody who
 /// reports a failure can do anything about one of the report.
 template <typename Compose>
-void KeepTiffMessage(Compose compose) noexcept
+void KeepTiffMessage(Compose compose, int systemError = 0) noexcept
 {
+    TiffMessage& last = LastTiffMessage();
+    last.systemError = systemError;
     try {
-        LastTiffMessage() = compose();
+        last.text = compose();
     } catch (const std::exception&) {
-        LastTiffMessage().clear();
+        last.text.clear();
     }
 }
 

@@ -91,9 +91,12 @@ SeamFile::~SeamFile()
         CurrentFileSystem().Close(number_);
 }
 
-std::uint64_t SeamFile::Length() const noexcept
+std::uint64_t SeamFile::Length() noexcept
 {
-    return static_cast<std::uint64_t>(CurrentFileSystem().Size(number_).value);
+    const IoResult size = CurrentFileSystem().Size(number_);
+    if (!size)
+        error_ = size.error;
+    return static_cast<std::uint64_t>(size.value);
 }
 
 bool SeamFile::ReadAt(std::uint64_t position, std::span<std::byte> buffer) noexcept

@@ -31,10 +31,10 @@ class TiffReport {
     const std::string& FileName() const noexcept { return fileName_; }
     bool HasFailed() const noexcept { return hasFailed_; }
 
-    void Fail(std::string_view text) noexcept
+    void Fail(std::string_view text, int systemError = 0) noexcept
     {
         hasFailed_ = true;
-        KeepTiffMessage([&] { return Named(text); });
+        KeepTiffMessage([&] { return Named(text); }, systemError);
     }
 
     /// libtiff's handlers; a result but 0 keeps the handlers of the process out of it.
@@ -72,7 +72,7 @@ class SeamFile {
     }
 
     /// The file's length, 0 where it can't be told.
-    std::uint64_t Length() const noexcept;
+    std::uint64_t Length() noexcept;
     /// Fills the buffer, or gives false.
     bool ReadAt(std::uint64_t position, std::span<std::byte> buffer) noexcept;
 
@@ -80,9 +80,9 @@ class SeamFile {
     void Rewind() noexcept { position_ = 0; }
     /// Bounds what may be read from now on.
     void Allow(std::uint64_t bytes) noexcept { allowance_ = bytes; }
-    /// Whether a read has failed since the last TakeError().
+    /// Whether the system has failed since the last TakeError().
     bool HasFailed() const noexcept { return error_ != 0; }
-    /// The errno value of the last read that failed since the last call, 0 for none.
+    /// The errno value of the last failure of the system since the last call, 0 for none.
     int TakeError() noexcept { return std::exchange(error_, 0); }
 
     /// libtiff's procedures; the file is a SeamFile.

@@ -23,8 +23,7 @@ void TakeOfAny(const SampleChoice& choice, std::uint8_t* out)
 SplitForm FastestForm()
 {
     const auto forms = SplitForms();
-    return forms.empty() ? SplitForm{ "plain", TakeSamplePlain, TakeSamplePlain, TakeSamplePlain,
-                                      SplitInversePlain }
+    return forms.empty() ? SplitForm{ "plain", TakeSamplePlain, TakeSamplePlain, TakeSamplePlain }
                          : forms.front();
 }
 
@@ -52,19 +51,6 @@ void TakeSamplePlain(const SampleChoice& choice, std::uint8_t* out)
     case 4: return TakeOf<4>(choice, out);
     default: return TakeOfAny(choice, out);
     }
-}
-
-void SplitInverse(const std::uint8_t* pixels, std::size_t count, std::uint8_t* const planes[4])
-{
-    static const SplitForm kForm = FastestForm();
-    kForm.inverse(pixels, count, planes);
-}
-
-void SplitInversePlain(const std::uint8_t* pixels, std::size_t count, std::uint8_t* const planes[4])
-{
-    for (std::size_t i = 0; i < count; ++i, pixels += 4)
-        for (std::size_t sample = 0; sample < 4; ++sample)
-            planes[sample][i] = static_cast<std::uint8_t>(~pixels[sample]);
 }
 
 } // namespace tympan

@@ -20,11 +20,6 @@ struct SampleChoice {
 void TakeSample(const SampleChoice& choice, std::uint8_t* out);
 void TakeSamplePlain(const SampleChoice& choice, std::uint8_t* out);
 
-/// Pixels of four samples as four planes of their inverse, `count` bytes each.
-void SplitInverse(const std::uint8_t* pixels, std::size_t count, std::uint8_t* const planes[4]);
-void SplitInversePlain(const std::uint8_t* pixels, std::size_t count,
-                       std::uint8_t* const planes[4]);
-
 /// One set of the processor's instructions at the work.
 struct SplitForm {
     const char* name;
@@ -32,7 +27,6 @@ struct SplitForm {
     /// Of two to eight samples.
     void (*ofFew)(const SampleChoice& choice, std::uint8_t* out);
     void (*ofFour)(const SampleChoice& choice, std::uint8_t* out);
-    void (*inverse)(const std::uint8_t* pixels, std::size_t count, std::uint8_t* const planes[4]);
 };
 
 /// The forms that the processor that runs this has, the fastest first.

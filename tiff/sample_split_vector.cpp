@@ -11,8 +11,6 @@ namespace tympan {
 namespace {
 
 using TakeRounds = void (*)(const SampleChoice& choice, std::uint8_t* out);
-using SplitRounds = void (*)(const std::uint8_t* pixels, std::size_t count,
-                             std::uint8_t* const planes[4]);
 
 template <std::size_t pixels, TakeRounds rounds>
 void TakeInRounds(const SampleChoice& choice, std::uint8_t* out)
@@ -26,18 +24,6 @@ void TakeInRounds(const SampleChoice& choice, std::uint8_t* out)
     part.pixels += last * choice.samples;
     part.count = pixels;
     rounds(part, out + last);
-}
-
-template <std::size_t pixels, SplitRounds rounds>
-void SplitInRounds(const std::uint8_t* from, std::size_t count, std::uint8_t* const planes[4])
-{
-    if (count < pixels)
-        return SplitInversePlain(from, count, planes);
-    rounds(from, count / pixels * pixels, planes);
-    const std::size_t last = count - pixels;
-    std::uint8_t* const ends[4] = { planes[0] + last, planes[1] + last, planes[2] + last,
-                                    planes[3] + last };
-    rounds(from + last * 4, pixels, ends);
 }
 
 // Which byte of each 16 of the 48 of 16 pixels goes to which place; -1 where another 16 have it.
@@ -58,10 +44,6 @@ constexpr Gather GatherOf(int wanted)
 }
 
 constexpr Gather kGathers[3] = { GatherOf(0), GatherOf(1), GatherOf(2) };
-
-// The bytes of a sample of four pixels side by side, for all four samples.
-alignas(16) constexpr std::int8_t kBySample[16] = { 0, 4, 8,  12, 1, 5, 9,  13,
-                                                    2, 6, 10, 14, 3, 7, 11, 15 };
 
 // ---- 16 pixels in a round
 
@@ -128,31 +110,6 @@ alignas(16) constexpr std::int8_t kBySample[16] = { 0, 4, 8,  12, 1, 5, 9,  13,
                 _mm_packus_epi16(EightOfFour(from, shift), EightOfFour(from + 32, shift)));
 }
 
-[[gnu::target("ssse3")]] inline __m128i FourBySample(const std::uint8_t* from)
-{
-    const __m128i inverse = _mm_xor_si128(Load16(from), _mm_set1_epi8(-1));
-    return _mm_shuffle_epi8(inverse, Load16(kBySample));
-}
-
-[[gnu::target("ssse3")]] void SplitInverse16(const std::uint8_t* from, std::size_t count,
-                                             std::uint8_t* const planes[4])
-{
-    for (std::size_t at = 0; at < count; at += 16, from += 64) {
-        const __m128i a = FourBySample(from);
-        const __m128i b = FourBySample(from + 16);
-        const __m128i c = FourBySample(from + 32);
-        const __m128i d = FourBySample(from + 48);
-        const __m128i ab01 = _mm_unpacklo_epi32(a, b);
-        const __m128i ab23 = _mm_unpackhi_epi32(a, b);
-        const __m128i cd01 = _mm_unpacklo_epi32(c, d);
-        const __m128i cd23 = _mm_unpackhi_epi32(c, d);
-        Store16(planes[0] + at, _mm_unpacklo_epi64(ab01, cd01));
-        Store16(planes[1] + at, _mm_unpackhi_epi64(ab01, cd01));
-        Store16(planes[2] + at, _mm_unpacklo_epi64(ab23, cd23));
-        Store16(planes[3] + at, _mm_unpackhi_epi64(ab23, cd23));
-    }
-}
-
 // ---- 32 pixels in a round
 
 [[gnu::target("avx2")]] inline __m256i Load32(const std::uint8_t* bytes)
@@ -212,9 +169,9 @@ alignas(16) constexpr std::int8_t kBySample[16] = { 0, 4, 8,  12, 1, 5, 9,  13,
 
 constexpr SplitForm kForms[] = {
     { "AVX2", TakeInRounds<32, TakeOfThree32>, TakeInRounds<16, TakeOfFew16>,
-      TakeInRounds<32, TakeOfFour32>, SplitInRounds<16, SplitInverse16> },
+      TakeInRounds<32, TakeOfFour32> },
     { "SSSE3", TakeInRounds<16, TakeOfThree16>, TakeInRounds<16, TakeOfFew16>,
-      TakeInRounds<16, TakeOfFour16>, SplitInRounds<16, SplitInverse16> },
+      TakeInRounds<16, TakeOfFour16> },
 };
 
 } // namespace

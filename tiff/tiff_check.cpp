@@ -4,6 +4,7 @@
 #include "core/findings.h"
 #include "core/whole_numbers.h"
 #include "platform/claims.h"
+#include "platform/failures.h"
 #include "platform/file.h"
 #include "platform/tiff_library.h"
 #include "tiff/tiff_file.h"
@@ -35,10 +36,8 @@ constexpr CheckRule kUnknownKind{
     Severity::Error,
     "The picture is of a kind that is not known",
     "Bits of a sample, samples of a pixel and photometric interpretation are none of those that "
-    "are "
-    "opened: 1 bit with 1 sample that is white at zero; 8 bits with 1 sample, RGB, YCbCr, or 4 to "
-    "8 "
-    "inks.",
+    "are opened: 1 bit with 1 sample that is white at zero; 8 bits with 1 sample, RGB, YCbCr, or "
+    "4 to 8 inks.",
     "Convert the picture to one of these kinds.",
 };
 constexpr CheckRule kNoRows{
@@ -68,6 +67,24 @@ constexpr const CheckRule* kRules[] = { &kNotOpened, &kUnknownKind, &kNoRows, &k
 
 constexpr std::uint64_t kMostExpansion = 1024; // decoded bytes for each of the file
 constexpr std::uint64_t kMostDamaged = Findings::kToldOfEach;
+
+// What the system can't read says nothing of the file.
+void PassOnSystemFailure()
+{
+    if (TiffSystemError() != 0)
+        CFileException::ThrowErrno(TiffSystemError());
+}
+
+using OpenedTiff = std::unique_ptr<tiff, CloseTiff>;
+
+// Null for what is no TIFF.
+OpenedTiff OpenedBy(const CFile& file, const CString& name)
+{
+    OpenedTiff opened(TifffdOpen(file.m_hFile, name, "r"));
+    if (opened == nullptr)
+        PassOnSystemFailure();
+    return opened;
+}
 
 std::string LibraryText()
 {
@@ -103,6 +120,7 @@ void CheckRows(tiff& file, std::uint64_t length, Findings& findings)
         findings.Reached(length / end * y, length);
         if (TiffReadScanline(&file, row.data(), static_cast<unsigned int>(y), 0) == 1)
             continue;
+        PassOnSystemFailure();
         ++damaged;
         findings.Tell(kRowDamaged, { y, {} }, LibraryText);
     }
@@ -116,7 +134,7 @@ void CheckRows(tiff& file, std::uint64_t length, Findings& findings)
 
 void Prove(CFile& file, Findings& findings)
 {
-    const std::unique_ptr<tiff, CloseTiff> open(TifffdOpen(file.m_hFile, file.GetFileTitle(), "r"));
+    const OpenedTiff open = OpenedBy(file, file.GetFileTitle());
     if (open == nullptr) {
         findings.Tell(kNotOpened, {}, LibraryText);
         return;
@@ -139,7 +157,7 @@ bool Accepts(CFile& file, const CString& fileName)
     const UINT read = file.Read(start.data(), static_cast<UINT>(start.size()));
     const std::string_view bytes(start.data(), read);
     return std::find(std::begin(kStarts), std::end(kStarts), bytes) != std::end(kStarts) &&
-           TiffFileInterface::isTypeOf(file, fileName);
+           OpenedBy(file, fileName) != nullptr;
 }
 
 } // namespace

@@ -13,6 +13,7 @@ namespace tympan {
 namespace {
 
 constexpr double kCentimetresOfInch = 2.54;
+constexpr std::uint16_t kMostByte = 255;
 constexpr std::uint16_t kAnything = 0; // as the kind of an extra sample; the others are alpha
 
 // Of the samples in front; those behind are inks by their number.
@@ -37,17 +38,32 @@ std::vector<std::string> NamesOf(const TiffFileParam& record)
 std::vector<std::string> ChannelsOf(const TiffFileParam& record, const TiffInfo& info)
 {
     std::vector<std::string> names = info.inkNames.empty() ? NamesOf(record) : info.inkNames;
-    const auto samples = static_cast<std::size_t>(record.ColorSeparation());
-    names.resize(std::min(names.size(), samples));
-    const std::size_t extras = std::min(info.extraSamples.size(), samples - names.size());
+    names.resize(static_cast<std::size_t>(record.ColorSeparation()));
     const std::string other = record.Photometric() == photometric::kSeparated ? "Ink " : "Channel ";
-    while (names.size() < samples) {
-        const std::size_t behind = samples - names.size(); // this one and those to come
-        const bool isAlpha =
-            behind <= extras && info.extraSamples[info.extraSamples.size() - behind] != kAnything;
-        names.push_back((isAlpha ? "Alpha " : other) + std::to_string(names.size() + 1));
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        const std::size_t behind = names.size() - i; // this one and those to come
+        const std::size_t extras = info.extraSamples.size();
+        const bool isAlpha = behind <= extras && info.extraSamples[extras - behind] != kAnything;
+        if (names[i].empty())
+            names[i] = (isAlpha ? "Alpha " : other) + std::to_string(i + 1);
     }
     return names;
+}
+
+// Some programs write the bytes of a colour as they are, instead of times 257.
+std::vector<std::array<std::uint8_t, 3>> PaletteOf(const TiffInfo& info)
+{
+    const bool isOfBytes =
+        std::all_of(info.colourMap.begin(), info.colourMap.end(), [](const auto& colour) {
+            return *std::max_element(colour.begin(), colour.end()) <= kMostByte;
+        });
+    const unsigned int shift = isOfBytes ? 0 : 8;
+    std::vector<std::array<std::uint8_t, 3>> palette;
+    for (const auto& [red, green, blue] : info.colourMap)
+        palette.push_back({ static_cast<std::uint8_t>(red >> shift),
+                            static_cast<std::uint8_t>(green >> shift),
+                            static_cast<std::uint8_t>(blue >> shift) });
+    return palette;
 }
 
 double InchesFactor(std::uint16_t unit)
@@ -72,10 +88,7 @@ std::optional<TiffDetails> TiffDetailsOf(const BasePictureIF& picture)
     details.channels = ChannelsOf(record, info);
     details.perInch = InchesFactor(info.resolutionUnit);
     if (record.Photometric() == photometric::kPalette)
-        for (const auto& [red, green, blue] : info.colourMap)
-            details.palette.push_back({ static_cast<std::uint8_t>(red >> 8U),
-                                        static_cast<std::uint8_t>(green >> 8U),
-                                        static_cast<std::uint8_t>(blue >> 8U) });
+        details.palette = PaletteOf(info);
     return details;
 }
 

@@ -4,6 +4,7 @@
 #include "core/failure_codes.h"
 #include "core/findings.h"
 #include "core/whole_numbers.h"
+#include "platform/failures.h"
 #include "platform/file.h"
 #include "tiff/tiff_check.h"
 #include "tiff/tiff_it_access.h"
@@ -13,7 +14,11 @@
 
 #include <algorithm>
 #include <iterator>
+#include <memory>
+#include <optional>
+#include <span>
 #include <string>
+#include <vector>
 
 namespace tympan {
 
@@ -28,8 +33,7 @@ constexpr CheckRule kHeader{
     Severity::Error,
     "The file does not begin as a TIFF",
     "It begins with 8 bytes: a byte order, the number 42, and the even place of the first "
-    "directory. "
-    "Nothing else can be checked.",
+    "directory. Nothing else can be checked.",
     "See whether the file is a TIFF/IT file at all.",
 };
 constexpr CheckRule kCutShort{
@@ -60,8 +64,7 @@ constexpr CheckRule kNeither{
     Severity::Error,
     "The file is neither continuous tone nor line work",
     "The field BitsPerSample of the first directory has four values in the one and one value in "
-    "the "
-    "other. Other kinds are not read.",
+    "the other. Other kinds are not read.",
     "See whether the file is of a kind that another program reads.",
 };
 constexpr CheckRule kNoSize{
@@ -83,8 +86,7 @@ constexpr CheckRule kSeveralStrips{
     Severity::Error,
     "Several strips count as the whole picture",
     "Each of them is drawn over the one before. A strip that RowsPerStrip has no value for counts "
-    "as "
-    "the whole picture.",
+    "as the whole picture.",
     "Write the file anew with all rows in one strip.",
 };
 constexpr CheckRule kStripOutside{
@@ -141,11 +143,42 @@ constexpr CheckRule kRowsMissing{
     "The runs that are there don't make up the picture's height.",
     kAnotherCopy,
 };
-constexpr const CheckRule* kRules[] = {
-    &kHeader,        &kCutShort,      &kFieldType,    &kEndless,     &kNeither,   &kNoSize,
-    &kNoStrip,       &kSeveralStrips, &kStripOutside, &kCompressed,  &kNoColours, &kColourPart,
-    &kColourMissing, &kRunPasses,     &kNoLength,     &kRowsMissing,
+constexpr CheckRule kNotInkBytes{
+    "TYM-TIFFIT-0017",
+    Severity::Error,
+    "Continuous tone is not made of bytes of ink side by side",
+    "Whatever the fields say, four bytes are drawn for each pixel, as cyan, magenta, yellow and "
+    "black. Other samples show another picture than the file's.",
+    "Write the file anew with separated colours of 8 bits in one plane.",
 };
+constexpr const CheckRule* kRules[] = {
+    &kHeader,        &kCutShort,      &kFieldType,    &kEndless,     &kNeither,     &kNoSize,
+    &kNoStrip,       &kSeveralStrips, &kStripOutside, &kCompressed,  &kNoColours,   &kColourPart,
+    &kColourMissing, &kRunPasses,     &kNoLength,     &kRowsMissing, &kNotInkBytes,
+};
+
+// What the display takes for granted of continuous tone. TIFF has all of these as 16-bit numbers.
+struct ToneField {
+    const char* name;
+    std::uint16_t tag;
+    std::uint16_t expected; // as each value
+    const CheckRule* rule;
+};
+
+constexpr ToneField kToneFields[] = {
+    { "Compression", tag::kCompression, 1, &kCompressed },
+    { "BitsPerSample", tag::kBitsPerSample, 8, &kNotInkBytes },
+    { "PhotometricInterpretation", tag::kPhotometric, 5, &kNotInkBytes },
+    { "PlanarConfiguration", tag::kPlanarConfiguration, 1, &kNotInkBytes },
+};
+
+// The field that counts: the last one. Null where there is none.
+const IfdEntry* LastOf(std::uint16_t tag, std::span<const IfdEntry> entries)
+{
+    const auto last = std::find_if(entries.rbegin(), entries.rend(),
+                                   [&](const IfdEntry& entry) { return entry.Tag == tag; });
+    return last == entries.rend() ? nullptr : &*last;
+}
 
 // What a code of the reader says of the file.
 struct CodeRule {
@@ -164,6 +197,22 @@ constexpr CodeRule kCodeRules[] = {
     { 0, &kNeither, "There is no field BitsPerSample in a first directory." },
 };
 
+using Reader = std::unique_ptr<TiffItP1Interface>;
+
+// What the system can't read says nothing of the file.
+std::optional<TiffItKind> KindOf(const Reader& reader, CFile& file)
+{
+    const std::optional<TiffItKind> kind = TiffItAccess::KindOf(*reader, file);
+    if (reader->TraceStatus() == code::kFileFailed)
+        AfxThrowFileException(CFileException::genericException);
+    return kind;
+}
+
+Reader MakeReader()
+{
+    return TiffItAccess::Make(TiffItKind::ContinuousTone);
+}
+
 class TiffItCheck {
   public:
     TiffItCheck(CFile& file, Findings& findings)
@@ -172,8 +221,8 @@ class TiffItCheck {
 
     void Check()
     {
-        const auto reader = TiffItAccess::Make(TiffItKind::ContinuousTone);
-        const std::optional<TiffItKind> kind = TiffItAccess::KindOf(*reader, file_);
+        const Reader reader = MakeReader();
+        const std::optional<TiffItKind> kind = KindOf(reader, file_);
         if (!kind)
             return TellCode(reader->TraceStatus());
         facts_ = TiffItAccess::Facts();
@@ -193,8 +242,6 @@ class TiffItCheck {
     // A short file has no header; the reader gives that the code of any short read.
     void TellCode(unsigned long code)
     {
-        if (code == code::kFileFailed)
-            AfxThrowFileException(CFileException::genericException);
         const auto* const row = std::find_if(std::begin(kCodeRules), std::end(kCodeRules),
                                              [&](const CodeRule& one) { return one.code == code; });
         if (row == std::end(kCodeRules))
@@ -236,17 +283,28 @@ class TiffItCheck {
             });
     }
 
+    void CheckToneField(const ToneField& field)
+    {
+        const IfdEntry* const entry = LastOf(field.tag, facts_.directories.back().Entries());
+        const auto* const values =
+            entry == nullptr ? nullptr : std::get_if<std::vector<std::uint16_t>>(&entry->Data);
+        if (values == nullptr)
+            return;
+        const auto other = std::find_if(values->begin(), values->end(), [&](std::uint16_t value) {
+            return value != field.expected;
+        });
+        if (other != values->end())
+            findings_.Tell(*field.rule, {}, [&] {
+                return std::string("The field ") + field.name + " has the value " +
+                       std::to_string(*other) + "; " + std::to_string(field.expected) +
+                       " was expected.";
+            });
+    }
+
     void CheckTone(std::optional<std::size_t> strip)
     {
-        for (const IfdEntry& entry : facts_.directories.back().Entries()) {
-            const auto* const numbers = std::get_if<std::vector<std::uint16_t>>(&entry.Data);
-            if (entry.Tag == tag::kCompression && numbers != nullptr && !numbers->empty() &&
-                numbers->front() != 1)
-                findings_.Tell(kCompressed, {}, [&] {
-                    return "The compression is " + std::to_string(numbers->front()) +
-                           "; 1 was expected.";
-                });
-        }
+        for (const ToneField& field : kToneFields)
+            CheckToneField(field);
         const std::uint64_t pixels = std::uint64_t{ facts_.width } * facts_.height;
         if (strip)
             CheckReach(facts_.strips[*strip],
@@ -256,10 +314,10 @@ class TiffItCheck {
     // The colours of the directory of the strip's number.
     std::size_t CountColours(std::size_t strip)
     {
-        const IfdEntry* table = nullptr;
-        if (strip < facts_.directories.size())
-            for (const IfdEntry& entry : facts_.directories[strip].Entries())
-                table = entry.Tag == tag::kColorTable ? &entry : table;
+        const IfdEntry* const table =
+            strip < facts_.directories.size()
+                ? LastOf(tag::kColorTable, facts_.directories[strip].Entries())
+                : nullptr;
         const auto* const bytes =
             table == nullptr ? nullptr : std::get_if<std::vector<std::uint8_t>>(&table->Data);
         if (bytes == nullptr || bytes->size() < kColourRecordBytes) {
@@ -328,7 +386,7 @@ class TiffItCheck {
 
 bool Accepts(CFile& file, const CString&)
 {
-    return TiffItAccess::KindOf(*TiffItAccess::Make(TiffItKind::ContinuousTone), file).has_value();
+    return KindOf(MakeReader(), file).has_value();
 }
 
 void Prove(CFile& file, Findings& findings)

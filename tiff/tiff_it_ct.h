@@ -6,7 +6,7 @@
 
 /// A TIFF/IT P1 CT file. It gives no rows; `Display` draws it. Compression, photometric and the bits of
 /// a sample are not looked at: the strip's bytes are drawn as they stand.
-class TYMPAN_API TiffItCtP1Interface : public TiffItP1Interface {
+class TYMPAN_API TiffItCtP1Interface : public tympan::TiffItWithoutRows {
   public:
     /// Opens the file; look at `TraceStatus()` and `ObjectStatus()`.
     /// \throws what `OpenPictureFile` throws.
@@ -19,25 +19,13 @@ class TYMPAN_API TiffItCtP1Interface : public TiffItP1Interface {
     /// Draws the first pixels of each strip that says that it holds the whole picture, at the rows from
     /// `firstRow` to `lastRow`, both included: the strip's first row is drawn at `firstRow`. The picture's
     /// height doesn't limit `lastRow`. A pixel that the file doesn't hold is drawn as the one above it,
-    /// in the first row as no ink.
+    /// in the first row as no ink. Strips that a later one hides are left out, and of those none of
+    /// whose rows is whole all but the last 16.
     ///
     /// Nothing is thrown. A platform failure leaves 90001 and its message in `TraceStatusString`,
     /// anything else 90050; what was drawn stays.
     void Display(unsigned long firstRow, unsigned long lastRow, CDC& dc) override;
     using BasePictureIF::Display;
-
-    /// None. \return null or 0.
-    PictureRowsData* GetPictureRow(const ColorSeparationType& separation, unsigned int row,
-                                   double scanAxisResolution, double xScanAxisResolution) override;
-    unsigned long GetPictureRow(unsigned char* buffer, unsigned int row,
-                                ColorSeparationType separation, double scanAxisResolution,
-                                double xScanAxisResolution, unsigned long bufferSize) override;
-    PictureRowsData* GetPictureRows(const ColorSeparationType& separation, unsigned int firstRow,
-                                    unsigned int lastRow, bool wrap) override;
-    unsigned long GetPictureRows(unsigned char* buffer, unsigned int firstRow, unsigned int lastRow,
-                                 unsigned int& rowsInfo, unsigned long* offsets,
-                                 ColorSeparationType separation, unsigned long bufferSize,
-                                 bool wrap) override;
 
   private:
     friend struct tympan::TiffItAccess;
@@ -48,5 +36,4 @@ class TYMPAN_API TiffItCtP1Interface : public TiffItP1Interface {
     static TiffItCtP1Interface* Create(const CString& fileName, bool inputFile);
     /// Whether a file is a TIFF/IT P1 CT; it is left at position 0.
     bool isTypeOf(CFile& file);
-    static unsigned long RowPosition(unsigned int row, ColorSeparationType separation);
 };

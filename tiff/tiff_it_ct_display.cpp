@@ -1,40 +1,27 @@
 // TIFF/IT continuous tone on a device context. A strip is one row of pixels after the other, so that
 // the bytes of any row have a known place; what the context doesn't show is not read.
-#include "core/pixel_colour.h"
+#include "core/block_size.h"
 #include "core/whole_numbers.h"
 #include "platform/gdi_spans.h"
 #include "tiff/busy_cursor.h"
-#include "tiff/sample_split.h"
+#include "tiff/ink_colours.h"
 #include "tiff/strip_bytes.h"
 #include "tiff/tiff_it_ct.h"
 #include "tiff/tiff_it_failures.h"
 #include "tiff/tiff_it_layout.h"
+#include "tiff/tiff_it_strips.h"
 
 #include <algorithm>
-#include <array>
+#include <vector>
 
 namespace {
 
 using tympan::StripBytes;
 
 constexpr std::size_t kPixelBytes = tympan::kCtPixelBytes;
-
-// Pixels of C, M, Y, K as ink in the colours of the screen: blue, green, red.
-void InksToBgr(const std::uint8_t* inks, std::size_t count, std::uint8_t* bgr)
-{
-    constexpr std::size_t kPart = 2048; // pixels, whose plates the nearest cache holds
-    std::array<std::array<std::uint8_t, kPart>, 4> plates{};
-    std::uint8_t* const targets[4] = { plates[0].data(), plates[1].data(), plates[2].data(),
-                                       plates[3].data() };
-    while (count != 0) {
-        const std::size_t part = std::min(count, kPart);
-        tympan::SplitInverse(inks, part, targets);
-        tympan::PlatesToBgr({ { targets[0], targets[1], targets[2], targets[3] }, part }, bgr);
-        inks += part * kPixelBytes;
-        bgr += part * 3;
-        count -= part;
-    }
-}
+// Colours are made nearly as fast as bytes are read, so that calls of the system count: larger than
+// other blocks of a strip.
+constexpr std::size_t kMostRead = std::min<std::size_t>(tympan::kBlockBytes, 256U << 10U);
 
 // The part of the rows from `first` to `last` and of a width that a context shows.
 struct Shown {
@@ -88,8 +75,7 @@ class StripsOnScreen {
     // Rows of which nearly all is shown are read on over what isn't.
     std::size_t BlockBytes() const
     {
-        return slots_.size() * 2 >= rowBytes_ ? StripBytes::kMostAhead
-                                              : std::min(slots_.size(), StripBytes::kMostAhead);
+        return slots_.size() * 2 >= rowBytes_ ? kMostRead : std::min(slots_.size(), kMostRead);
     }
 
     void DrawWholeRows()
@@ -118,7 +104,7 @@ class StripsOnScreen {
             const std::size_t count = std::min(ahead.size() / kPixelBytes, shown_.Columns() - done);
             if (count == 0) // a file that was cut meanwhile
                 return;
-            InksToBgr(ahead.data(), count, bgr_.data() + done * 3);
+            tympan::InksToBgr(ahead.data(), count, bgr_.data() + done * 3);
             bytes.Pass(count * kPixelBytes);
             done += count;
         }
@@ -146,7 +132,7 @@ class StripsOnScreen {
         const std::uint64_t start = std::max(shown_.firstRow, EndOfWholeRows());
         if (start >= shown_.endRow)
             return;
-        InksToBgr(slots_.data(), shown_.Columns(), bgr_.data());
+        tympan::InksToBgr(slots_.data(), shown_.Columns(), bgr_.data());
         for (std::uint64_t y = start; y < shown_.endRow; ++y)
             tympan::SetPixelSpan(dc_, static_cast<std::int64_t>(shown_.firstColumn),
                                  static_cast<std::int64_t>(y), bgr_);
@@ -184,7 +170,8 @@ void TiffItCtP1Interface::Display(unsigned long firstRow, unsigned long lastRow,
         if (Strips().empty())
             return;
         StripsOnScreen screen(FileHandle(), dc.GetSafeHdc(), width, firstRow, lastRow);
-        for (const StripInfo& strip : Strips()) {
+        for (const StripInfo& strip : tympan::StripsOnTop(
+                 Strips(), height, width * tympan::kCtPixelBytes, FileHandle().GetLength())) {
             FileHandle().Seek(strip.Offset, CFile::begin);
             if (!(strip.RowsPerStrip < height))
                 screen.Draw(strip.Offset);

@@ -12,6 +12,37 @@ constexpr tympan::FailureRow kNothingMade[] = { { tympan::Caught::Anything, 0, n
 
 } // namespace
 
+unsigned long tympan::TiffItWithoutRows::RowPosition(unsigned int, ColorSeparationType)
+{
+    return 0;
+}
+
+PictureRowsData* tympan::TiffItWithoutRows::GetPictureRow(const ColorSeparationType&, unsigned int,
+                                                          double, double)
+{
+    return nullptr;
+}
+
+unsigned long tympan::TiffItWithoutRows::GetPictureRow(unsigned char*, unsigned int,
+                                                       ColorSeparationType, double, double,
+                                                       unsigned long)
+{
+    return 0;
+}
+
+PictureRowsData* tympan::TiffItWithoutRows::GetPictureRows(const ColorSeparationType&, unsigned int,
+                                                           unsigned int, bool)
+{
+    return nullptr;
+}
+
+unsigned long tympan::TiffItWithoutRows::GetPictureRows(unsigned char*, unsigned int, unsigned int,
+                                                        unsigned int&, unsigned long*,
+                                                        ColorSeparationType, unsigned long, bool)
+{
+    return 0;
+}
+
 TiffItCtP1Interface::TiffItCtP1Interface() = default;
 
 TiffItCtP1Interface::TiffItCtP1Interface(const CString& fileName, bool inputFile)
@@ -39,36 +70,6 @@ bool TiffItCtP1Interface::isTypeOf(CFile& file)
     const bool isCt = DetectTiffItType(file) == 0;
     file.SeekToBegin();
     return isCt;
-}
-
-unsigned long TiffItCtP1Interface::RowPosition(unsigned int, ColorSeparationType)
-{
-    return 0;
-}
-
-PictureRowsData* TiffItCtP1Interface::GetPictureRow(const ColorSeparationType&, unsigned int,
-                                                    double, double)
-{
-    return nullptr;
-}
-
-unsigned long TiffItCtP1Interface::GetPictureRow(unsigned char*, unsigned int, ColorSeparationType,
-                                                 double, double, unsigned long)
-{
-    return 0;
-}
-
-PictureRowsData* TiffItCtP1Interface::GetPictureRows(const ColorSeparationType&, unsigned int,
-                                                     unsigned int, bool)
-{
-    return nullptr;
-}
-
-unsigned long TiffItCtP1Interface::GetPictureRows(unsigned char*, unsigned int, unsigned int,
-                                                  unsigned int&, unsigned long*,
-                                                  ColorSeparationType, unsigned long, bool)
-{
-    return 0;
 }
 
 TiffItLwP1Interface::TiffItLwP1Interface()
@@ -108,36 +109,6 @@ bool TiffItLwP1Interface::isTypeOf(CFile& file)
     const bool isLw = DetectTiffItType(file) == 1;
     file.SeekToBegin();
     return isLw;
-}
-
-unsigned long TiffItLwP1Interface::RowPosition(unsigned int, ColorSeparationType)
-{
-    return 0;
-}
-
-PictureRowsData* TiffItLwP1Interface::GetPictureRow(const ColorSeparationType&, unsigned int,
-                                                    double, double)
-{
-    return nullptr;
-}
-
-unsigned long TiffItLwP1Interface::GetPictureRow(unsigned char*, unsigned int, ColorSeparationType,
-                                                 double, double, unsigned long)
-{
-    return 0;
-}
-
-PictureRowsData* TiffItLwP1Interface::GetPictureRows(const ColorSeparationType&, unsigned int,
-                                                     unsigned int, bool)
-{
-    return nullptr;
-}
-
-unsigned long TiffItLwP1Interface::GetPictureRows(unsigned char*, unsigned int, unsigned int,
-                                                  unsigned int&, unsigned long*,
-                                                  ColorSeparationType, unsigned long, bool)
-{
-    return 0;
 }
 
 std::unique_ptr<TiffItP1Interface> tympan::TiffItAccess::Make(TiffItKind kind)

@@ -19,9 +19,11 @@ inline constexpr std::uint16_t kImageWidth = 256;
 inline constexpr std::uint16_t kImageLength = 257;
 inline constexpr std::uint16_t kBitsPerSample = 258;
 inline constexpr std::uint16_t kCompression = 259;
+inline constexpr std::uint16_t kPhotometric = 262;
 inline constexpr std::uint16_t kStripOffsets = 273;
 inline constexpr std::uint16_t kRowsPerStrip = 278;
 inline constexpr std::uint16_t kStripByteCounts = 279;
+inline constexpr std::uint16_t kPlanarConfiguration = 284;
 inline constexpr std::uint16_t kColorTable = 34022;
 } // namespace tag
 

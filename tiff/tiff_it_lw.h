@@ -13,7 +13,7 @@ struct ColorTable {
 
 /// A TIFF/IT P1 LW file. It gives no rows; `Display` draws it. The colour tables are kept once for all
 /// objects, as the file's structure is.
-class TYMPAN_API TiffItLwP1Interface : public TiffItP1Interface {
+class TYMPAN_API TiffItLwP1Interface : public tympan::TiffItWithoutRows {
   public:
     /// Opens the file; look at `TraceStatus()` and `ObjectStatus()`.
     /// \throws what `OpenPictureFile` throws.
@@ -29,23 +29,10 @@ class TYMPAN_API TiffItLwP1Interface : public TiffItP1Interface {
     /// numbers have no effect. A colour that isn't in the table of the directory of the strip's number is
     /// drawn as no ink. The end of the file ends a strip without a failure.
     ///
-    /// Nothing is thrown: a failure leaves 90050 and "TiffInterface: Error Extracting Tiff", a
-    /// `FileCorruptedException*` 90051; what was drawn stays.
+    /// Nothing is thrown: a failure leaves 90050 and "TiffInterface: Error Extracting Tiff"; strips that
+    /// have more than 64 bytes of runs for each byte of the file leave 90051. What was drawn stays.
     void Display(unsigned long firstRow, unsigned long lastRow, CDC& dc) override;
     using BasePictureIF::Display;
-
-    /// None. \return null or 0.
-    PictureRowsData* GetPictureRow(const ColorSeparationType& separation, unsigned int row,
-                                   double scanAxisResolution, double xScanAxisResolution) override;
-    unsigned long GetPictureRow(unsigned char* buffer, unsigned int row,
-                                ColorSeparationType separation, double scanAxisResolution,
-                                double xScanAxisResolution, unsigned long bufferSize) override;
-    PictureRowsData* GetPictureRows(const ColorSeparationType& separation, unsigned int firstRow,
-                                    unsigned int lastRow, bool wrap) override;
-    unsigned long GetPictureRows(unsigned char* buffer, unsigned int firstRow, unsigned int lastRow,
-                                 unsigned int& rowsInfo, unsigned long* offsets,
-                                 ColorSeparationType separation, unsigned long bufferSize,
-                                 bool wrap) override;
 
   protected:
     /// Replaces the colour tables by those of the directories: one for each, that of the last field
@@ -66,7 +53,6 @@ class TYMPAN_API TiffItLwP1Interface : public TiffItP1Interface {
     static TiffItLwP1Interface* Create(const CString& fileName, bool inputFile);
     /// Whether a file is a TIFF/IT P1 LW; it is left at position 0.
     bool isTypeOf(CFile& file);
-    static unsigned long RowPosition(unsigned int row, ColorSeparationType separation);
 
     /// A pointer for each directory, null for one without colours.
     static std::vector<std::shared_ptr<const Colours>> m_ColorTable;

@@ -6,6 +6,7 @@
 #include "tiff/tiff_it_failures.h"
 #include "tiff/tiff_it_lw.h"
 #include "tiff/tiff_it_runs.h"
+#include "tiff/tiff_it_strips.h"
 
 #include <algorithm>
 #include <array>
@@ -100,6 +101,7 @@ void TiffItLwP1Interface::Display(unsigned long, unsigned long, CDC& dc)
         const auto height = tympan::CutToWhole<std::uint64_t>(std::ceil(heightAsTold));
         PixelGatherer pixels(dc.GetSafeHdc());
         std::uint64_t column = 0;
+        tympan::RunAllowance allowance(FileHandle().GetLength());
         const std::span<const StripInfo> strips = Strips();
         for (std::size_t s = 0; s < strips.size(); ++s) {
             if (strips[s].RowsPerStrip < heightAsTold)
@@ -119,6 +121,7 @@ void TiffItLwP1Interface::Display(unsigned long, unsigned long, CDC& dc)
                     pixels.Add(run.row + 1, 0, reach.behind, pattern);
             });
             pixels.Draw();
+            allowance.Take(bytes.Position() - strips[s].Offset);
         }
     });
 }

@@ -88,19 +88,6 @@ class TiffItP1Interface : public PictureFileInterface {
     bool OpenPictureFile(const CString& fileName, bool inputFile, bool reopen,
                          CFileException* fileError) override;
 
-    PictureRowsData* GetPictureRow(const ColorSeparationType& separation, unsigned int row,
-                                   double scanAxisResolution,
-                                   double xScanAxisResolution) override = 0;
-    unsigned long GetPictureRow(unsigned char* buffer, unsigned int row,
-                                ColorSeparationType separation, double scanAxisResolution,
-                                double xScanAxisResolution, unsigned long bufferSize) override = 0;
-    PictureRowsData* GetPictureRows(const ColorSeparationType& separation, unsigned int firstRow,
-                                    unsigned int lastRow, bool wrap) override = 0;
-    unsigned long GetPictureRows(unsigned char* buffer, unsigned int firstRow, unsigned int lastRow,
-                                 unsigned int& rowsInfo, unsigned long* offsets,
-                                 ColorSeparationType separation, unsigned long bufferSize,
-                                 bool wrap) override = 0;
-
   protected:
     TiffItP1Interface();
 
@@ -141,3 +128,30 @@ class TiffItP1Interface : public PictureFileInterface {
     bool DecodeValues(std::span<const std::byte> bytes, IfdEntry& entry);
     static void StoreField(const IfdEntry& entry);
 };
+
+namespace tympan {
+
+/// The rows of both TIFF/IT picture classes: there are none.
+class TYMPAN_API TiffItWithoutRows : public TiffItP1Interface {
+  public:
+    /// None. \return null or 0.
+    PictureRowsData* GetPictureRow(const ColorSeparationType& separation, unsigned int row,
+                                   double scanAxisResolution, double xScanAxisResolution) override;
+    unsigned long GetPictureRow(unsigned char* buffer, unsigned int row,
+                                ColorSeparationType separation, double scanAxisResolution,
+                                double xScanAxisResolution, unsigned long bufferSize) override;
+    PictureRowsData* GetPictureRows(const ColorSeparationType& separation, unsigned int firstRow,
+                                    unsigned int lastRow, bool wrap) override;
+    unsigned long GetPictureRows(unsigned char* buffer, unsigned int firstRow, unsigned int lastRow,
+                                 unsigned int& rowsInfo, unsigned long* offsets,
+                                 ColorSeparationType separation, unsigned long bufferSize,
+                                 bool wrap) override;
+
+  protected:
+    TiffItWithoutRows() = default;
+
+  private:
+    static unsigned long RowPosition(unsigned int row, ColorSeparationType separation);
+};
+
+} // namespace tympan

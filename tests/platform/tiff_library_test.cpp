@@ -566,6 +566,7 @@ TEST_F(TiffLibraryTest, JbigDataOfAnotherSizeAreRefused)
     ASSERT_NE(opened, nullptr) << TiffErrorMsg();
     EXPECT_FALSE(ReadRow(opened.get(), 0));
     EXPECT_EQ(TiffErrorMsg(), "a.tif: the JBIG data are not of the picture's size");
+    EXPECT_EQ(TiffSystemError(), 0);
 }
 
 TEST_F(TiffLibraryTest, ADirectoryThatLeadsToItselfIsReadOnce)
@@ -664,6 +665,7 @@ TEST_F(TiffLibraryTest, AFailedReadIsToldAndMayBeTriedAgain)
             if (!ReadRow(file.get(), row)) {
                 ++failedRows;
                 EXPECT_EQ(TiffErrorMsg(), "a.tif: Input/output error");
+                EXPECT_EQ(TiffSystemError(), EIO);
                 EXPECT_EQ(ReadRow(file.get(), row), RowOf({}, row)) << number;
             }
         if (!failing.HasFailed())

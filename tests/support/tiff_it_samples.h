@@ -50,6 +50,12 @@ class TiffItSample {
         return file;
     }
 
+    std::string Text() const
+    {
+        const std::vector<unsigned char> bytes = Bytes();
+        return { bytes.begin(), bytes.end() };
+    }
+
   private:
     void Put(std::vector<unsigned char>& file, std::size_t place, std::uint32_t number,
              std::size_t size) const

@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <cstddef>
 #include <random>
 #include <vector>
@@ -44,27 +43,6 @@ TEST(SampleSplit, TakesTheWantedSampleOfEachPixel)
                     ASSERT_EQ(taken, expected) << form.name << ", " << count;
                 }
             }
-}
-
-TEST(SampleSplit, SplitsPixelsOfFourIntoInversePlanes)
-{
-    for (std::size_t count = 0; count <= 70; ++count) {
-        const Bytes pixels = RandomBytes(count * 4);
-        const auto split = [&](auto&& form) {
-            std::array<Bytes, 4> planes;
-            planes.fill(Bytes(count));
-            std::uint8_t* const targets[4] = { planes[0].data(), planes[1].data(), planes[2].data(),
-                                               planes[3].data() };
-            form(pixels.data(), count, targets);
-            return planes;
-        };
-        const auto planes = split(tympan::SplitInversePlain);
-        for (std::size_t i = 0; i < count * 4; ++i)
-            ASSERT_EQ(planes[i % 4][i / 4], 255 - pixels[i]);
-        ASSERT_EQ(split(tympan::SplitInverse), planes);
-        for (const tympan::SplitForm& form : tympan::SplitForms())
-            ASSERT_EQ(split(form.inverse), planes) << form.name;
-    }
 }
 
 } // namespace

@@ -1,12 +1,14 @@
 // The TIFF object: the kinds of pictures, rows of a separation, what is refused and how.
 #include "platform/tiff_samples.h"
 #include "support/checking.h"
+#include "support/tiff_it_samples.h"
 #include "tiff/tiff_file.h"
 #include "tympan/inspect.h"
 
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <string_view>
 
 namespace {
 
@@ -72,6 +74,18 @@ TiffLayout LayoutOf(std::uint16_t bits, std::uint16_t samples, Photometric as)
     return layout;
 }
 
+std::string Told(const tympan::TiffDetails& details)
+{
+    std::string text;
+    for (const std::string& name : details.channels)
+        text += (text.empty() ? "" : " ") + name;
+    text += ", by " + std::to_string(details.perInch).substr(0, 4);
+    if (details.palette.size() == 256)
+        for (const std::uint8_t part : details.palette[7])
+            text += ' ' + std::to_string(part);
+    return text;
+}
+
 struct KindCase {
     std::uint16_t bits, samples;
     Photometric as;
@@ -122,12 +136,7 @@ TEST_F(TiffFile, EachKindGivesItsRows)
                                           whole[i * kind.samples + static_cast<std::size_t>(s)]));
             EXPECT_EQ(buffer_[bytes], 0);
         }
-        const auto details = tympan::TiffDetailsOf(picture_);
-        std::string names;
-        for (const std::string& name : details->channels)
-            names += (names.empty() ? "" : " ") + name;
-        EXPECT_EQ(names, kind.channels);
-        EXPECT_EQ(details->perInch, 1.0);
+        EXPECT_EQ(Told(*tympan::TiffDetailsOf(picture_)), kind.channels + std::string(", by 1.00"));
     }
 }
 
@@ -136,6 +145,75 @@ TEST_F(TiffFile, AnUnknownKindSaysWhatItIs)
     EXPECT_FALSE(Open(LayoutOf(16, 3, kRgb)));
     ExpectFailure(90050,
                   "Unknown palette type.\nBitPerSample=16,\nSamplePerPixel=3,\nPhotometric=2.");
+}
+
+TiffItField Names(std::string_view texts)
+{
+    return { 333, 2, { texts.begin(), texts.end() } };
+}
+
+// All red and green; of the blue only that of number 7 is another.
+TiffItField ColourMap(std::uint32_t rest, std::uint32_t blue)
+{
+    std::vector<std::uint32_t> map(768, rest);
+    map[512 + 7] = blue;
+    return { 320, 3, map };
+}
+
+// A picture of 8 bits and five inks, or of one sample.
+std::string PictureWith(const std::vector<TiffItField>& fields, Photometric as)
+{
+    const std::uint32_t samples = as == kSeparated ? 5 : 1;
+    TiffItSample sample;
+    sample.directories = { { { 256, 3, { 2 } },
+                             { 257, 3, { 2 } },
+                             { 258, 3, std::vector<std::uint32_t>(samples, 8) },
+                             { 262, 3, { as } },
+                             { 273, 4, { TiffItSample::kData } },
+                             { 277, 3, { samples } } } };
+    for (const TiffItField& field : fields)
+        sample.directories[0].push_back(field);
+    return sample.Text();
+}
+
+struct DetailsCase {
+    const char* name;
+    Photometric as;
+    std::vector<TiffItField> fields;
+    const char* told;
+};
+
+TEST_F(TiffFile, DetailsAreToldAsFarAsTheFileHasThem)
+{
+    using namespace std::string_view_literals;
+    constexpr std::uint16_t kUnit = 296, kInks = 334, kExtra = 338;
+    const TiffItField three = Names("A\0B\0C\0"sv);
+    const DetailsCase kCases[] = {
+        { "all names", kSeparated, { Names("A\0B\0C\0D\0E\0"sv) }, "A B C D E, by 1.00" },
+        { "fewer", kSeparated, { three }, "A B C Ink 4 Ink 5, by 1.00" },
+        { "more", kSeparated, { Names("A\0B\0C\0D\0E\0F\0"sv) }, "A B C D E, by 1.00" },
+        { "other", kSeparated, { three, { kInks, 3, { 9 } } }, "A B C Ink 4 Ink 5, by 1.00" },
+        { "no end", kSeparated, { Names("A\0B\0C\0D\0E\0x"sv) }, "A B C D E, by 1.00" },
+        { "empty", kSeparated, { Names("\0B\0\0\0E\0"sv) }, "Ink 1 B Ink 3 Ink 4 E, by 1.00" },
+        { "none", kSeparated, { Names({}) }, "Cyan Magenta Yellow Black Ink 5, by 1.00" },
+        { "transparency",
+          kSeparated,
+          { { kUnit, 3, { 3 } }, { kExtra, 3, { 2 } } },
+          "Cyan Magenta Yellow Black Alpha 5, by 2.54" },
+        { "any extra",
+          kSeparated,
+          { { kUnit, 3, { 1 } }, { kExtra, 3, { 0 } } },
+          "Cyan Magenta Yellow Black Ink 5, by 0.00" },
+        { "palette", kPalette, { ColourMap(0x1234, 0xFF00) }, "Index, by 1.00 18 18 255" },
+        { "palette of bytes", kPalette, { ColourMap(3, 255) }, "Index, by 1.00 3 3 255" },
+        { "grey with one", kBlackIsZero, { ColourMap(3, 255) }, "Gray, by 1.00" },
+    };
+    for (const DetailsCase& one : kCases) {
+        SCOPED_TRACE(one.name);
+        memory_.Put("pic", PictureWith(one.fields, one.as));
+        ASSERT_TRUE(picture_.OpenPictureFile("pic", true, false, nullptr));
+        EXPECT_EQ(Told(*tympan::TiffDetailsOf(picture_)), one.told);
+    }
 }
 
 TEST_F(TiffFile, RangesHoldBothEndsInEveryLayout)
@@ -317,6 +395,27 @@ TEST(TiffCheck, TellsEachFault)
         options.formats = { "TIFF" };
         EXPECT_EQ(CheckPath("pic", options).findings, one.findings);
     }
+}
+
+// Whatever read fails: neither another format nor a fault of the file is told instead.
+TEST(TiffCheck, AFailingDiskIsNoFaultOfTheFile)
+{
+    MemoryFileSystem memory;
+    memory.Put("pic", MakeTiff(LayoutOf(8, 4, kSeparated)));
+    WatchedFileSystem watched(memory);
+    const tympan::ScopedFileSystem scoped(watched);
+    for (const FileOperation operation : { FileOperation::readAt, FileOperation::size })
+        for (std::size_t number = 1;; ++number) {
+            SCOPED_TRACE(number);
+            watched.Fail(operation, number, EIO);
+            const CheckedBytes checked = CheckPath("pic");
+            const bool hasFailed = watched.HasFailed();
+            watched.FailAny(0, 0);
+            if (!hasFailed)
+                break;
+            ASSERT_EQ(checked.findings.size(), 1U);
+            EXPECT_EQ(checked.findings[0].substr(0, 9), "FILE-0001");
+        }
 }
 
 } // namespace

@@ -4,8 +4,11 @@
 #include "support/checking.h"
 #include "tiff/tiff_check.h"
 #include "tiff_it_files.h"
+#include "tympan/inspect.h"
 
 #include <gtest/gtest.h>
+
+#include <cerrno>
 
 namespace {
 
@@ -92,6 +95,26 @@ TEST(TiffItCheck, TellsEachFault)
                       f.push_back({ 259, 3, { 5 } });
                   }),
           { "TIFFIT-0010" } },
+        { "16 bits",
+          Changed(SoundCt(),
+                  [](auto&, auto& f) {
+                      f[2].values = { 16, 16, 16, 16 };
+                  }),
+          { "TIFFIT-0017" } },
+        { "red, green, blue, planes",
+          Changed(SoundCt(),
+                  [](auto&, auto& f) {
+                      f.push_back({ 262, 3, { 2 } });
+                      f.push_back({ 284, 3, { 2 } });
+                  }),
+          { "TIFFIT-0017", "TIFFIT-0017" } },
+        { "uncompressed in the end",
+          Changed(SoundCt(),
+                  [](auto& s, auto& f) {
+                      f.push_back({ 259, 3, { 5 } });
+                      s.directories.push_back({ { 259, 3, { 1 } } });
+                  }),
+          {} },
         { "no colours",
           Changed(SoundLw(), [](auto&, auto& f) { f.pop_back(); }),
           { "TIFFIT-0011" } },
@@ -121,6 +144,25 @@ TEST(TiffItCheck, TellsEachFault)
     EXPECT_EQ(FindingsIn({ 'I', 'I', 42, 0, 8, 0, 0 }), std::vector<std::string>{ "TIFFIT-0001" });
     EXPECT_EQ(FindingsIn({ 'I', 'I', 42, 0, 8, 0, 0, 0, 0, 0, 8, 0, 0, 0 }),
               std::vector<std::string>{ "TIFFIT-0004" });
+}
+
+// Neither another kind of file nor a fault is told when the header can't be read.
+TEST(TiffItCheck, AFailingDiskIsNoFaultOfTheFile)
+{
+    OneFile files(SoundLw().Bytes());
+    tympan::CheckOptions options;
+    options.formats = { tympan::kTiffItName, "CT" };
+    for (std::size_t number = 1;; ++number) {
+        SCOPED_TRACE(number);
+        files.Watched().Fail(FileOperation::readAt, number, EIO);
+        const CheckedBytes checked = CheckPath("pic", options);
+        const bool hasFailed = files.Watched().HasFailed();
+        files.Watched().FailAny(0, 0);
+        if (!hasFailed)
+            break;
+        ASSERT_EQ(checked.findings.size(), 1U);
+        EXPECT_EQ(checked.findings[0].substr(0, 9), "FILE-0001");
+    }
 }
 
 } // namespace

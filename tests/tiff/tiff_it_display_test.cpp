@@ -247,6 +247,33 @@ TEST(TiffItDisplay, ColourTablesAreThoseOfTheLastFileOpened)
     EXPECT_EQ(GetPixel(drawn.dc.GetSafeHdc(), 1, 0), 0xFFFFFFU);
 }
 
+// Strips that all begin at one place, each of which counts as the whole picture.
+TiffItSample ManyStrips(TiffItSample sample, std::size_t count, std::uint32_t place)
+{
+    sample.data.assign(4000, 0);
+    sample.directories[0][3].values.assign(count, TiffItSample::kData + place);
+    return sample;
+}
+
+TEST(TiffItDisplay, ManyStripsAreNotManyPictures)
+{
+    Canvas canvas(kSide, kSide);
+    for (const std::uint32_t place : { 0U, 3997U }) { // with a row and without one
+        OneFile files(ManyStrips(CtSample(5, 3), 400, place).Bytes());
+        TiffItCtP1Interface tone("pic", true);
+        const std::size_t before = files.Watched().Count(FileOperation::readAt);
+        tone.Display(0, 2, canvas.dc);
+        EXPECT_EQ(tone.TraceStatus(), 0U);
+        EXPECT_LT(files.Watched().Count(FileOperation::readAt) - before, 50U);
+    }
+    for (const std::size_t count : { 60U, 400U }) {
+        const OneFile files(ManyStrips(LwSample(5, 3, 2), count, 0).Bytes());
+        TiffItLwP1Interface work("pic", true);
+        work.Display(0, 2, canvas.dc);
+        EXPECT_EQ(work.TraceStatus(), count == 60 ? 0U : 90051U);
+    }
+}
+
 TEST(TiffItDisplay, AReadThatFailsLeavesItsCode)
 {
     OneFile files(CtSample(5, 3).Bytes());

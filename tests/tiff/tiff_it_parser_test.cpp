@@ -16,7 +16,7 @@ namespace {
 using namespace tympan::test;
 
 // The parser with its inside open.
-class Parser : public TiffItP1Interface {
+class Parser : public tympan::TiffItWithoutRows {
   public:
     using TiffItP1Interface::DetectTiffItType;
     using TiffItP1Interface::m_Ifds;
@@ -26,27 +26,6 @@ class Parser : public TiffItP1Interface {
     using TiffItP1Interface::m_StripCount;
     using TiffItP1Interface::m_Strips;
     using TiffItP1Interface::Strips;
-
-    PictureRowsData* GetPictureRow(const ColorSeparationType&, unsigned int, double,
-                                   double) override
-    {
-        return nullptr;
-    }
-    unsigned long GetPictureRow(unsigned char*, unsigned int, ColorSeparationType, double, double,
-                                unsigned long) override
-    {
-        return 0;
-    }
-    PictureRowsData* GetPictureRows(const ColorSeparationType&, unsigned int, unsigned int,
-                                    bool) override
-    {
-        return nullptr;
-    }
-    unsigned long GetPictureRows(unsigned char*, unsigned int, unsigned int, unsigned int&,
-                                 unsigned long*, ColorSeparationType, unsigned long, bool) override
-    {
-        return 0;
-    }
 
     bool Open(const char* name = "pic", bool reopen = false)
     {
