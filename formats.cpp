@@ -9,6 +9,7 @@
 namespace tympan {
 
 Format LwFormat();
+Format PageFormat();
 Format CtFormat();
 Format JpegFormat();
 Format TiffFormat();
@@ -17,6 +18,7 @@ std::span<const Format> Formats()
 {
     static const std::array kFormats{
         LwFormat(),
+        PageFormat(),
         CtFormat(),
         JpegFormat(),
         TiffFormat(),

@@ -5,6 +5,7 @@
 #include "core/picture_object.h"
 
 #include <memory>
+#include <optional>
 #include <span>
 #include <string_view>
 
@@ -36,6 +37,11 @@ struct Format {
     /// Whether `recognises` looks at so little that files of other formats may pass it. Who isn't bound
     /// to the order of the list asks such a format last.
     bool recognisesMuch = false;
+    /// What the common header has for the type of the format's files, where that isn't the name.
+    std::string_view typeLetters = {};
+    /// From the resolutions in the record of one of the format's objects to pixels per inch; nothing for
+    /// another format's object. Null where the file has them per inch.
+    std::optional<double> (*perInch)(const BasePictureIF& picture) = nullptr;
 };
 
 /// The formats in the order in which a path is asked for them.

@@ -63,7 +63,8 @@ void PassExponent(Scanner& scanner)
         scanner.ReturnTo(before); // a bare E ends the number in front of it
 }
 
-// The longest start of `text` that is a decimal number; empty when there is none.
+} // namespace
+
 std::string_view DecimalStart(std::string_view text)
 {
     Scanner scanner(text);
@@ -78,8 +79,6 @@ std::string_view DecimalStart(std::string_view text)
     PassExponent(scanner);
     return text.substr(start, scanner.At() - start);
 }
-
-} // namespace
 
 double FloatFromText(std::string_view text)
 {

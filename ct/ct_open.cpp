@@ -64,9 +64,13 @@ bool CtFileInterface::isTypeOf(CFile& file)
 
 tympan::Format tympan::CtFormat()
 {
-    return { "CT", [](CFile& file, const CString&) { return CtFileInterface::isTypeOf(file); },
-             [] { return std::unique_ptr<BasePictureIF>(new CtFileInterface); }, CtFileCheck(),
-             true };
+    return {
+        .name = "CT",
+        .recognises = [](CFile& file, const CString&) { return CtFileInterface::isTypeOf(file); },
+        .make = [] { return std::unique_ptr<BasePictureIF>(new CtFileInterface); },
+        .check = CtFileCheck(),
+        .recognisesMuch = true,
+    };
 }
 
 bool CtFileInterface::OpenPictureFile(const CString& fileName, bool inputFile, bool reopen,

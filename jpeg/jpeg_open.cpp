@@ -108,9 +108,12 @@ bool JpegFileInterface::isTypeOf(CFile& file)
 
 tympan::Format tympan::JpegFormat()
 {
-    return { "JPEG", [](CFile& file, const CString&) { return JpegFileInterface::isTypeOf(file); },
-             [] { return std::unique_ptr<BasePictureIF>(new JpegFileInterface); },
-             JpegFileCheck() };
+    return {
+        .name = "JPEG",
+        .recognises = [](CFile& file, const CString&) { return JpegFileInterface::isTypeOf(file); },
+        .make = [] { return std::unique_ptr<BasePictureIF>(new JpegFileInterface); },
+        .check = JpegFileCheck(),
+    };
 }
 
 bool JpegFileInterface::OpenPictureFile(const CString& fileName, bool inputFile, bool reopen,

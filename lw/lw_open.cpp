@@ -94,8 +94,12 @@ LWFileInterface* create_lw_file_object(const CString& fileName, bool inputFile)
 
 tympan::Format tympan::LwFormat()
 {
-    return { "LW", [](CFile& file, const CString&) { return LWFileInterface::isTypeOf(file); },
-             [] { return std::unique_ptr<BasePictureIF>(new LWFileInterface); }, LwFileCheck() };
+    return {
+        .name = "LW",
+        .recognises = [](CFile& file, const CString&) { return LWFileInterface::isTypeOf(file); },
+        .make = [] { return std::unique_ptr<BasePictureIF>(new LWFileInterface); },
+        .check = LwFileCheck(),
+    };
 }
 
 // The type's letters are not looked at: old writers left them out.

@@ -10,6 +10,8 @@
 #include <cstddef>
 #include <memory>
 
+class PageCTWindowEntry;
+
 /// Header record of an LW file.
 ///
 /// A row of an LW picture names colours by index, from 1; row index - 1 of `ColorsTable` holds the
@@ -138,6 +140,8 @@ class TYMPAN_API LwPictureParameters : public PictureParameters {
     bool ForceTransparentColorTable(const unsigned char* const colors, unsigned short count);
 
   private:
+    friend PageCTWindowEntry; // makes colours of its container transparent
+
     std::array<bool, 255> UsedValues(std::size_t column) const;
 
     unsigned short transparentTableSize_ = 0;

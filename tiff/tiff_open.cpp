@@ -4,6 +4,7 @@
 #include "core/format.h"
 #include "platform/tiff_library.h"
 #include "tiff/tiff_check.h"
+#include "tiff/tiff_details.h"
 #include "tiff/tiff_file.h"
 #include "tiff/tiff_kind.h"
 
@@ -167,7 +168,14 @@ const TiffFileParam* TiffFileInterface::GetPictureParams() const
 
 tympan::Format tympan::TiffFormat()
 {
-    return { "TIFF", TiffFileInterface::isTypeOf,
-             [] { return std::unique_ptr<BasePictureIF>(new TiffFileInterface); },
-             TiffFileCheck() };
+    return {
+        .name = "TIFF",
+        .recognises = TiffFileInterface::isTypeOf,
+        .make = [] { return std::unique_ptr<BasePictureIF>(new TiffFileInterface); },
+        .check = TiffFileCheck(),
+        .perInch = [](const BasePictureIF& picture) -> std::optional<double> {
+            const auto details = TiffDetailsOf(picture);
+            return details ? std::optional(details->perInch) : std::nullopt;
+        },
+    };
 }

@@ -46,6 +46,18 @@ const Format* Named(std::span<const Format* const> formats, std::string_view nam
     return named == formats.end() ? nullptr : *named;
 }
 
+// The format that a header names by its type, in capitals or not.
+const Format* OfType(std::span<const Format* const> formats, const CString& type)
+{
+    std::string letters(type.View());
+    for (char& letter : letters)
+        letter = letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
+    const auto owner = std::find_if(formats.begin(), formats.end(), [&](const Format* one) {
+        return (one->typeLetters.empty() ? one->name : one->typeLetters) == letters;
+    });
+    return owner == formats.end() ? nullptr : *owner;
+}
+
 // The start of a file, longer than any side file of line work; nothing when it can't be opened.
 std::optional<std::string> ReadSideFile(const CString& path)
 {
@@ -101,7 +113,11 @@ std::vector<std::string_view> FormatNames()
 std::optional<TiffItKind> TiffItKindOf(const CString& path)
 {
     CFile file(path, CFile::modeRead);
-    return TiffItAccess::KindOf(*TiffItAccess::Make(TiffItKind::ContinuousTone), file);
+    const auto probe = TiffItAccess::Make(TiffItKind::ContinuousTone);
+    const auto kind = TiffItAccess::KindOf(*probe, file);
+    if (probe->TraceStatus() == code::kFileFailed)
+        AfxThrowFileException(CFileException::genericException, -1, path.GetString());
+    return kind;
 }
 
 OpenedPicture OpenTiffIt(const CString& path)
@@ -135,8 +151,7 @@ OpenedPicture OpenAnyPicture(const CString& path)
             continue;
         OpenedPicture opened = OpenAs(path, *formats[i]);
         if (opened.isOpen) {
-            const CString type = opened.picture->FileType();
-            const Format* const owner = Named(formats.first(i), type.GetString());
+            const Format* const owner = OfType(formats.first(i), opened.picture->FileType());
             return owner == nullptr ? std::move(opened) : OpenAs(path, *owner);
         }
         if (refused.picture == nullptr)

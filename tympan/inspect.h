@@ -4,6 +4,7 @@
 #include "core/picture_object.h"
 #include "jpeg/compressed_blocks.h"
 #include "lw/lw_parameters.h"
+#include "page/placement.h"
 #include "platform/export.h"
 #include "platform/text.h"
 #include "tiff/tiff_details.h"

@@ -13,6 +13,8 @@
 #include "lw/lw_file.h"
 #include "lw/lw_parameters.h"
 #include "lw_variant/velmar_lw_file.h"
+#include "page/page_entries.h"
+#include "page/page_file.h"
 #include "platform/array.h"
 #include "platform/file.h"
 #include "platform/gdi.h"
