@@ -103,8 +103,6 @@ void TiffDecoder::FillDecoded(TiffBand& band, std::uint32_t row)
     if (!layout_.isExact || layout_.bits % 8 != 0)
         std::fill_n(band.bytes.get(), band.Rows().size(), std::byte{ 0 });
     band.decoded = layout_.decodesWhole ? FromBlocks(band) : FromStrips(band);
-    if (layout_.arrivesAsRgb)
-        MakeYCbCr(band.Rows().first(band.decoded * band.rowBytes));
 }
 
 std::uint32_t TiffDecoder::FromStrips(TiffBand& band)
@@ -240,31 +238,54 @@ std::uint32_t TiffDecoder::FromBlocks(TiffBand& band)
 
 bool TiffDecoder::ReadBlock(std::uint32_t column, std::uint32_t row, std::uint16_t plane)
 {
+    const std::uint32_t block = BlockNumber(column, row, plane);
+    if (decodedBlock_ == block)
+        return true;
+    decodedBlock_.reset();
     block_.resize(static_cast<std::size_t>(layout_.BlockLines() * layout_.BlockLineBytes()));
     if (!layout_.isExact)
         std::fill(block_.begin(), block_.end(), std::byte{ 0 });
-    if (layout_.isJbig && !IsJbigSound(column, row, plane))
+    if (!DecodeBlock(block, column, row))
+        return false;
+    decodedBlock_ = block;
+    return true;
+}
+
+bool TiffDecoder::DecodeBlock(std::uint32_t block, std::uint32_t column, std::uint32_t row)
+{
+    if (layout_.isSharedJpeg)
+        return DecodeSharedJpeg(source_, layout_, block, AreaOfBlock(column, row), block_);
+    if (layout_.isJbig && !IsJbigSound(block, row))
         return false;
     TIFF* const open = source_.Get();
     const auto room = static_cast<tmsize_t>(block_.size());
-    const std::uint32_t block = BlockNumber(column, row, plane);
     return layout_.isTiled ? TIFFReadEncodedTile(open, block, block_.data(), room) >= 0
                            : TIFFReadEncodedStrip(open, block, block_.data(), room) >= 0;
+}
+
+BlockArea TiffDecoder::AreaOfBlock(std::uint32_t column, std::uint32_t row) const
+{
+    return { std::min(layout_.blockWidth, layout_.width - column),
+             layout_.EndOfBlock(row) - layout_.FirstRowOfBlock(row) };
 }
 
 std::uint32_t TiffDecoder::BlockNumber(std::uint32_t column, std::uint32_t row,
                                        std::uint16_t plane) const
 {
-    return layout_.isTiled ? TIFFComputeTile(source_.Get(), column, row, 0, plane)
-                           : TIFFComputeStrip(source_.Get(), row, plane);
+    const auto blocksOf = [](std::uint64_t size, std::uint64_t block) {
+        return (size + block - 1) / block;
+    };
+    const std::uint64_t down =
+        plane * blocksOf(layout_.length, layout_.blockLength) + row / layout_.blockLength;
+    return static_cast<std::uint32_t>(down * blocksOf(layout_.width, layout_.blockWidth) +
+                                      column / layout_.blockWidth);
 }
 
-bool TiffDecoder::IsJbigSound(std::uint32_t column, std::uint32_t row, std::uint16_t plane)
+bool TiffDecoder::IsJbigSound(std::uint32_t block, std::uint32_t row)
 {
     std::array<std::uint8_t, 20> header{};
     TIFF* const open = source_.Get();
     const auto room = static_cast<tmsize_t>(header.size());
-    const std::uint32_t block = BlockNumber(column, row, plane);
     const tmsize_t read = layout_.isTiled ? TIFFReadRawTile(open, block, header.data(), room)
                                           : TIFFReadRawStrip(open, block, header.data(), room);
     if (read != room)
@@ -282,7 +303,7 @@ bool TiffDecoder::IsJbigSound(std::uint32_t column, std::uint32_t row, std::uint
 
 void TiffDecoder::PlaceBlock(TiffBand& band, std::uint32_t column, std::uint16_t plane) const
 {
-    const std::uint32_t pixels = std::min(layout_.blockWidth, layout_.width - column);
+    const std::uint32_t pixels = AreaOfBlock(column, band.first).width;
     const std::uint64_t samples = std::uint64_t{ pixels } * layout_.PlaneSamples();
     const SamplePlaces places{ std::uint64_t{ column } * layout_.samples + plane, layout_.planes };
     for (std::uint32_t row = band.first; row != band.End(); ++row) {
@@ -300,14 +321,17 @@ void TiffDecoder::PlaceClumps(std::uint32_t down, std::span<std::byte> row, std:
 {
     const ChromaSharing shared = layout_.chroma;
     const auto line = BlockLine(down / shared.down);
-    const std::uint32_t lumaBefore = down % shared.down * shared.across;
-    for (std::uint32_t x = 0; x != pixels; ++x) {
-        const std::uint64_t clump = std::uint64_t{ x / shared.across } * layout_.ClumpSamples();
-        const std::uint64_t cb = clump + std::uint64_t{ shared.across } * shared.down;
-        const std::uint64_t target = (std::uint64_t{ column } + x) * layout_.samples;
-        CopySample(line, clump + lumaBefore + x % shared.across, row, target, layout_.bits);
-        CopySample(line, cb, row, target + 1, layout_.bits);
-        CopySample(line, cb + 1, row, target + 2, layout_.bits);
+    const std::uint64_t lumaBefore = std::uint64_t{ down % shared.down } * shared.across;
+    const std::uint64_t lumaOfClump = std::uint64_t{ shared.across } * shared.down;
+    std::uint64_t target = std::uint64_t{ column } * layout_.samples;
+    std::uint64_t clump = 0;
+    for (std::uint64_t x = 0; x < pixels; x += shared.across, clump += layout_.ClumpSamples()) {
+        const std::uint64_t count = std::min<std::uint64_t>(shared.across, pixels - x);
+        for (std::uint64_t i = 0; i != count; ++i, target += layout_.samples) {
+            CopySample(line, clump + lumaBefore + i, row, target, layout_.bits);
+            CopySample(line, clump + lumaOfClump, row, target + 1, layout_.bits);
+            CopySample(line, clump + lumaOfClump + 1, row, target + 2, layout_.bits);
+        }
     }
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/tiff_layout.h"
+#include "platform/tiff_shared_jpeg.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -72,7 +73,9 @@ class TiffDecoder {
     std::uint32_t FromBlocks(TiffBand& band);
     bool ReadBlock(std::uint32_t column, std::uint32_t row, std::uint16_t plane);
     std::uint32_t BlockNumber(std::uint32_t column, std::uint32_t row, std::uint16_t plane) const;
-    bool IsJbigSound(std::uint32_t column, std::uint32_t row, std::uint16_t plane);
+    bool DecodeBlock(std::uint32_t block, std::uint32_t column, std::uint32_t row);
+    BlockArea AreaOfBlock(std::uint32_t column, std::uint32_t row) const;
+    bool IsJbigSound(std::uint32_t block, std::uint32_t row);
     void PlaceBlock(TiffBand& band, std::uint32_t column, std::uint16_t plane) const;
     void PlaceClumps(std::uint32_t down, std::span<std::byte> row, std::uint32_t column,
                      std::uint32_t pixels) const;
@@ -85,8 +88,9 @@ class TiffDecoder {
     bool readsStrips_;           // at one go, not line by line
     bool isStale_ = false;       // libtiff's bytes of a strip may be wrong
     std::optional<Place> next_;
-    std::vector<std::byte> plane_; // a line or a strip of one plane
-    std::vector<std::byte> block_; // one strip or tile, as libtiff gives it
+    std::vector<std::byte> plane_;              // a line or a strip of one plane
+    std::vector<std::byte> block_;              // one strip or tile, as libtiff gives it
+    std::optional<std::uint32_t> decodedBlock_; // the number of that one
 };
 
 } // namespace tympan

@@ -22,17 +22,6 @@ ChromaSharing ReadSharing(TIFF* open, const tiff& record)
     return chroma;
 }
 
-// libtiff doesn't give the shared chroma of JPEG as it is stored when pixels share it downwards,
-// its lines overlap. It does give such a picture as RGB with a pixel's own chroma.
-bool AskForRgb(TIFF* open, const tiff& record)
-{
-    const ChromaSharing chroma = ReadSharing(open, record);
-    return record.Compression == COMPRESSION_JPEG && record.BitsPerSample == 8 &&
-           (chroma.across != 1 || chroma.down != 1) &&
-           TIFFSetField(open, TIFFTAG_JPEGCOLORMODE, JPEGCOLORMODE_RGB) != 0 &&
-           TIFFIsUpSampled(open) != 0;
-}
-
 bool IsSound(ChromaSharing chroma)
 {
     const auto isSound = [](std::uint16_t count) { return count == 1 || count == 2 || count == 4; };
@@ -63,8 +52,13 @@ std::uint64_t TiffLayout::BlockLineBytes() const
 {
     if (!SharesChroma())
         return BytesOf(std::uint64_t{ blockWidth } * PlaneSamples());
-    const std::uint64_t clumps = (std::uint64_t{ blockWidth } + chroma.across - 1) / chroma.across;
-    return BytesOf(clumps * ClumpSamples());
+    return BytesOf(isSharedJpeg ? JpegTileWidth() * samples : ClumpsAcross() * ClumpSamples());
+}
+
+std::uint64_t TiffLayout::JpegTileWidth() const
+{
+    const std::uint64_t line = ClumpsAcross() * ClumpSamples();
+    return std::max(std::uint64_t{ blockWidth }, (line + samples - 1) / samples);
 }
 
 TiffLayout ReadLayout(TIFF* open, const tiff& record)
@@ -77,11 +71,12 @@ TiffLayout ReadLayout(TIFF* open, const tiff& record)
     const auto planar = TiffField<std::uint16_t>(open, TIFFTAG_PLANARCONFIG);
     layout.planes = planar == PLANARCONFIG_SEPARATE ? layout.samples : std::uint16_t{ 1 };
     layout.isTiled = TIFFIsTiled(open) != 0;
-    layout.arrivesAsRgb = layout.planes == 1 && AskForRgb(open, record);
     layout.chroma = ReadSharing(open, record);
+    layout.isSharedJpeg = record.Compression == COMPRESSION_JPEG && layout.SharesChroma();
     layout.isJbig = record.Compression == COMPRESSION_JBIG;
-    // Shared chroma has no lines of single rows, and libtiff has JBIG by the block only.
-    layout.decodesWhole = layout.isTiled || layout.SharesChroma() || layout.isJbig;
+    // Shared chroma has no lines of single rows; libtiff has JBIG and old JPEG by the block only.
+    layout.decodesWhole = layout.isTiled || layout.SharesChroma() || layout.isJbig ||
+                          record.Compression == COMPRESSION_OJPEG;
     layout.isExact = FillsOrFails(record.Compression);
     layout.isPlain = record.Compression == COMPRESSION_NONE && !layout.decodesWhole &&
                      layout.planes == 1 && IsInOrder(open, layout.bits);
@@ -96,6 +91,8 @@ TiffLayout ReadLayout(TIFF* open, const tiff& record)
 
 bool AgreesWithLibtiff(TIFF* open, const TiffLayout& layout)
 {
+    if (layout.isSharedJpeg)
+        return true; // whoever decodes it looks
     if (!layout.decodesWhole)
         return TIFFScanlineSize64(open) == layout.LineBytes();
     const std::uint64_t size = layout.isTiled ? TIFFTileSize64(open) : TIFFStripSize64(open);
@@ -105,6 +102,7 @@ bool AgreesWithLibtiff(TIFF* open, const TiffLayout& layout)
 const char* WhyRefused(TIFF* open, const TiffLayout& layout, std::uint64_t fileLength)
 {
     constexpr std::uint64_t kLongestRow = std::numeric_limits<std::uint32_t>::max();
+    constexpr std::uint64_t kMostJpegExpansion = 256; // two bits for a block of 64 samples
     if (layout.RowBytes() == 0 || layout.blockWidth == 0 || layout.blockLength == 0)
         return "the picture is empty";
     if (!IsSound(layout.chroma))
@@ -117,14 +115,15 @@ const char* WhyRefused(TIFF* open, const TiffLayout& layout, std::uint64_t fileL
         std::numeric_limits<std::uint64_t>::max() / layout.BlockLineBytes();
     if (layout.decodesWhole &&
         (layout.BlockLines() > mostLines ||
-         !MayClaimWhole(layout.BlockLines() * layout.BlockLineBytes(), fileLength)))
+         !MayClaimWhole(layout.BlockLines() * layout.BlockLineBytes(), fileLength,
+                        layout.isSharedJpeg ? kMostJpegExpansion : kMostExpansion)))
         return "the strips or tiles are larger than the file can fill";
     return AgreesWithLibtiff(open, layout) ? nullptr : "the layout of the samples is not known";
 }
 
-bool MayClaimWhole(std::uint64_t claim, std::uint64_t fileLength)
+bool MayClaimWhole(std::uint64_t claim, std::uint64_t fileLength, std::uint64_t expansion)
 {
-    return claim <= kFreeClaim || claim / kMostExpansion <= fileLength;
+    return claim <= kFreeClaim || claim / expansion <= fileLength;
 }
 
 } // namespace tympan

@@ -29,7 +29,7 @@ struct TiffLayout {
     bool decodesWhole = false; ///< by blocks, never line by line
     bool isExact = false;      ///< decoding fills a block or fails, nothing is left from before
     bool isPlain = false;      ///< rows stand in the file as they are given
-    bool arrivesAsRgb = false; ///< from libtiff, instead of the YCbCr that the file holds
+    bool isSharedJpeg = false; ///< JPEG in which pixels share chroma
     ChromaSharing chroma;
     std::uint32_t blockWidth = 0;
     std::uint32_t blockLength = 0;
@@ -47,6 +47,12 @@ struct TiffLayout {
 
     /// A clump is the pixels that share chroma: their luma, then the two samples of chroma.
     std::uint32_t ClumpSamples() const { return std::uint32_t{ chroma.across } * chroma.down + 2U; }
+    std::uint64_t ClumpsAcross() const
+    {
+        return (std::uint64_t{ blockWidth } + chroma.across - 1) / chroma.across;
+    }
+    /// The least width of a tile whose row, as libtiff counts it, has room for a line of clumps.
+    std::uint64_t JpegTileWidth() const;
     /// What lies side by side in a decoded block, and how often.
     std::uint64_t BlockLineBytes() const;
     std::uint64_t BlockLines() const
@@ -72,6 +78,8 @@ bool AgreesWithLibtiff(TIFF* open, const TiffLayout& layout);
 const char* WhyRefused(TIFF* open, const TiffLayout& layout, std::uint64_t fileLength);
 
 /// Whether a piece that is decoded at one go may be so large.
-bool MayClaimWhole(std::uint64_t claim, std::uint64_t fileLength);
+/// \param expansion how many times as long as the file it may be.
+bool MayClaimWhole(std::uint64_t claim, std::uint64_t fileLength,
+                   std::uint64_t expansion = kMostExpansion);
 
 } // namespace tympan

@@ -51,6 +51,8 @@ struct Written {
     static toff_t Size(thandle_t handle) { return static_cast<Written*>(handle)->bytes.size(); }
 };
 
+constexpr std::uint32_t kJpegBlock = 8; // samples each way
+
 int calls = 0;
 std::string lastText;
 
@@ -164,8 +166,11 @@ std::uint32_t SampleOf(const TiffLayout& layout, std::uint32_t x, std::uint32_t 
         x -= x % layout.chroma.across;
         y -= y % layout.chroma.down;
     }
-    if (layout.packed == kJpeg)
-        return sample == 0 ? 80 + 2 * x + y : 110 + 10 * sample + (x + y) / 8;
+    if (layout.packed == kJpeg) {
+        const bool isShared = sample != 0;
+        x /= kJpegBlock * (isShared ? layout.chroma.across : 1U);
+        y /= kJpegBlock * (isShared ? layout.chroma.down : 1U);
+    }
     const std::uint32_t mixed =
         (x / layout.grain * 2654435761U ^ y * 40503U ^ sample * 97U) * 2246822519U;
     return mixed >> (32U - layout.bits);

@@ -30,8 +30,8 @@ struct TiffLayout {
     std::uint32_t grain = 1; ///< how many pixels of a row are alike, for files that compress well
 };
 
-/// What a sample of the picture is: in every layout the same, but for its range, and smooth where
-/// compression is lossy. Chroma is that of the first pixel that shares it.
+/// What a sample of the picture is. Chroma is that of the first pixel that shares it; the blocks of
+/// JPEG have one value each, so that it loses nothing.
 std::uint32_t SampleOf(const TiffLayout& layout, std::uint32_t x, std::uint32_t y, unsigned sample);
 
 /// The bytes of a row with all samples of a pixel side by side.

@@ -1,5 +1,6 @@
 // The structure of TIFF/IT files: what is read, what is refused, and what a bad file may cost.
 #include "core/row_access.h"
+#include "platform/file_expectations.h"
 #include "tiff/tiff_it_ct.h"
 #include "tiff/tiff_it_lw.h"
 #include "tiff_it_files.h"
@@ -272,6 +273,8 @@ TEST(TiffItParser, KindsAreToldAndOpened)
     EXPECT_FALSE(opened.isOpen);
     EXPECT_EQ(opened.picture->TraceStatus(), 90053U);
     EXPECT_EQ(tympan::TiffItKindOf("pic"), std::nullopt);
+    files.Watched().Fail(FileOperation::readAt, 1, EIO);
+    EXPECT_EQ(ThrownCause([] { tympan::TiffItKindOf("pic"); }), CFileException::genericException);
 }
 
 TEST(TiffItParser, SurvivesRandomBytes)
