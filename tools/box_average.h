@@ -1,7 +1,6 @@
-// Makes pictures smaller by averaging.
+// Makes pictures, or parts of them, of another size: smaller by averaging, larger by repeating.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -19,34 +18,63 @@ struct PixelSize {
 /// 1. Never larger than `size`.
 PixelSize Fitted(PixelSize size, std::uint32_t longest);
 
-/// Each target pixel is the mean of a box of whole source pixels, rounded half up: target column t
-/// of w stands for the source columns from t * W / w up to and without (t + 1) * W / w, cut to
-/// whole numbers, and rows alike. So each source pixel counts once. Memory is one row of the
-/// target.
+/// Pixels from `first` up to and without `end`.
+struct PixelRange {
+    std::uint32_t first = 0;
+    std::uint32_t end = 0;
+};
+
+/// One side of a picture that becomes `targets` pixels long, and the part of these that is wanted.
+struct ScaledSide {
+    std::uint32_t sources = 0; ///< pixels of the picture, at least 1
+    std::int64_t targets = 0;  ///< at least 1, at most 2^52
+    std::int64_t first = 0;    ///< wanted from here
+    std::int64_t end = 0;      ///< up to and without this
+
+    /// All of the targets.
+    static ScaledSide Whole(std::uint32_t sources, std::uint32_t targets)
+    {
+        return { sources, targets, 0, targets };
+    }
+
+    /// The source pixels that a target pixel stands for. Of fewer targets than sources, target t of
+    /// n stands for the sources from t * sources / n up to and without (t + 1) * sources / n, cut to
+    /// whole numbers, so that each source counts once; of more, for the one under its middle.
+    PixelRange BoxOf(std::int64_t target) const;
+    /// Those that the wanted targets stand for; there must be some.
+    PixelRange Sources() const { return { BoxOf(first).first, BoxOf(end - 1).end }; }
+};
+
+/// Each target pixel is the mean of the box of source pixels that it stands for, rounded half up,
+/// channel by channel. Memory is one row of the target.
 class BoxAverage {
   public:
-    /// Takes a finished row of blue, green and red.
-    using TakeRow = std::function<void(std::span<const std::uint8_t> bgr)>;
+    /// Takes a finished row of wanted pixels.
+    using TakeRow = std::function<void(std::span<const std::uint8_t> pixels)>;
 
-    /// `target` is in no direction larger than `source`.
-    BoxAverage(PixelSize source, PixelSize target, TakeRow takeRow);
+    /// \param channels bytes of a pixel: 1 (a plate), 3, 6 or 7
+    BoxAverage(const ScaledSide& across, const ScaledSide& down, std::size_t channels,
+               TakeRow takeRow);
 
-    /// Adds pixels of a source row: rows in order from 0, and in a row from left to right.
-    void Add(std::uint32_t row, std::uint32_t firstColumn, std::span<const std::uint8_t> bgr);
+    /// Adds pixels of a source row: rows in order, and in a row from left to right. What no wanted
+    /// pixel stands for may be left out.
+    void Add(std::uint32_t row, std::uint32_t firstColumn, std::span<const std::uint8_t> pixels);
 
   private:
-    static constexpr std::size_t kChannels = 3;
+    template <std::size_t kChannels>
+    void AddPixels(std::uint32_t firstColumn, std::span<const std::uint8_t> pixels);
+    void GiveRows(std::uint32_t lastRow);
+    void Divide();
 
-    std::uint32_t ColumnEnd() const;
-    void FinishRow();
-
-    PixelSize source_;
-    PixelSize target_;
+    ScaledSide down_;
+    std::size_t channels_;
     TakeRow takeRow_;
-    std::uint32_t targetRow_ = 0;
-    std::uint32_t targetColumn_ = 0;
-    std::uint32_t boxTop_ = 0;
-    std::vector<std::array<std::uint64_t, kChannels>> sums_;
+    std::vector<PixelRange> boxes_; // of the wanted columns
+    std::size_t column_ = 0;        // the first that is not complete yet
+    std::int64_t targetRow_;
+    PixelRange rowBox_;     // of the target row
+    std::uint32_t nextRow_; // of the source
+    std::vector<std::uint64_t> sums_;
     std::vector<std::uint8_t> row_;
 };
 

@@ -3,6 +3,7 @@
 #include "failure.h"
 #include "jpeg_check.h"
 #include "names.h"
+#include "page_paths.h"
 #include "picture.h"
 #include "progress.h"
 #include "standard_output.h"
@@ -30,6 +31,7 @@ struct CheckCommandOptions {
     bool jsonLines = false;
     bool quiet = false;
     bool list = false;
+    PathOptions paths;
 };
 
 // A file and what its check told.
@@ -109,8 +111,10 @@ std::vector<std::string_view> FormatsOf(const std::string& file,
     return asked;
 }
 
-Checked CheckOne(const std::string& file, const std::vector<std::string_view>& formats)
+Checked CheckOne(const std::string& file, const std::vector<std::string_view>& formats,
+                 const CheckCommandOptions& asked)
 {
+    const std::unique_ptr<PagePaths> paths = UsePagePaths(file, asked.asFormat, asked.paths);
     Checked checked{ file, {}, {} };
     CheckProgressLine line(file);
     CheckOptions options;
@@ -125,12 +129,6 @@ Checked CheckOne(const std::string& file, const std::vector<std::string_view>& f
 }
 
 // ---- as JSON
-
-template <typename Number>
-Json NumberOrNull(const std::optional<Number>& number)
-{
-    return number ? Json(*number) : Json(nullptr);
-}
 
 Json AsJson(const Finding& finding)
 {
@@ -243,7 +241,7 @@ void CheckAll(const CheckCommandOptions& options)
     Json objects = Json::array();
     bool failed = false;
     for (const std::string& file : options.files) {
-        const Checked checked = CheckOne(file, formats);
+        const Checked checked = CheckOne(file, formats, options);
         failed = failed || checked.Failed();
         if (options.json)
             objects.push_back(AsJson(checked));
@@ -288,10 +286,12 @@ void AddCheck(CLI::App& app)
         .add_flag("--list", options->list, "List all that a check can find; with --json as JSON")
         ->excludes(files);
     AddAsOption(command, options->asFormat);
+    AddPathOptions(command, options->paths);
     command.footer(
         R"(A file is valid, valid with remarks, invalid, or undetermined: then it can't be
 read, or it is of no known format. The exit status is 1 if any is invalid or undetermined.
 Of each kind of finding the first 100 of a file are told and the others counted.
+Of a page the pictures that it places are proved too.
 
 Example:
   tympan check map.lw

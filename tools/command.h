@@ -22,5 +22,7 @@ void AddCheck(CLI::App& app);
 void AddCrop(CLI::App& app);
 void AddStream(CLI::App& app);
 void AddIndex(CLI::App& app);
+void AddPage(CLI::App& app);
+void AddSample(CLI::App& app);
 
 } // namespace tympan::tool

@@ -153,7 +153,7 @@ void Export(const Options& options)
 void AddExport(CLI::App& app)
 {
     CLI::App* const command =
-        app.add_subcommand("export", "Turns a picture into a CMYK, RGB or grey TIFF");
+        app.add_subcommand("export", "Turn a picture into a CMYK, RGB or grey TIFF");
     const auto options = std::make_shared<Options>();
     command->add_option("FILE", options->file, "The picture")->required();
     command->add_option("-o,--output", options->output, "The TIFF file to write, OUT.tif")

@@ -57,15 +57,7 @@ Examples:
   tympan import page.tif -o page.lw
   tympan import camera.jpg -o photo.jpg)";
 
-struct Options {
-    std::string picture;
-    std::string output;
-    std::string profile;
-    std::optional<double> resolution;
-    std::optional<int> quality;
-};
-
-PixelsPerInch ResolutionFor(const Options& options, const SourceForm& form)
+PixelsPerInch ResolutionFor(const ImportOptions& options, const SourceForm& form)
 {
     if (options.resolution)
         return { *options.resolution, *options.resolution };
@@ -80,7 +72,7 @@ std::string Shortly(double number)
 }
 
 // A header holds no side below a tenth of an inch, and none of 100 million inches.
-void RequireInches(const Options& options, const SourceForm& form, PixelsPerInch resolution)
+void RequireInches(const ImportOptions& options, const SourceForm& form, PixelsPerInch resolution)
 {
     constexpr double kLeast = 0.1;
     constexpr double kEnd = 1e8;
@@ -125,7 +117,7 @@ const Target& TargetOf(const std::string& output)
     return kTargets[static_cast<std::size_t>(found - kEndings.begin())];
 }
 
-ImportJob Open(const Options& options)
+ImportJob Open(const ImportOptions& options)
 {
     ImportJob job;
     job.picture = options.picture;
@@ -139,7 +131,7 @@ ImportJob Open(const Options& options)
 }
 
 /// The side file of the output; null for a format that has none.
-std::unique_ptr<OutputFile> BeginSideFile(const Target& target, const Options& options,
+std::unique_ptr<OutputFile> BeginSideFile(const Target& target, const ImportOptions& options,
                                           const OutputFile& output)
 {
     if (target.format != kJpeg.format)
@@ -150,7 +142,9 @@ std::unique_ptr<OutputFile> BeginSideFile(const Target& target, const Options& o
     return side;
 }
 
-void Import(const Options& options)
+} // namespace
+
+void ImportPicture(const ImportOptions& options)
 {
     const Target& target = TargetOf(options.output);
     if (options.quality && target.format != kJpeg.format)
@@ -170,13 +164,11 @@ void Import(const Options& options)
     });
 }
 
-} // namespace
-
 void AddImport(CLI::App& app)
 {
     CLI::App* const command = app.add_subcommand(
-        "import", "Turns a JPEG, PNG or TIFF picture into a CT, LW or JPEG file");
-    const auto options = std::make_shared<Options>();
+        "import", "Turn a JPEG, PNG or TIFF picture into a CT, LW or JPEG file");
+    const auto options = std::make_shared<ImportOptions>();
     command->add_option("PICTURE", options->picture, "A JPEG, PNG or TIFF file")->required();
     command
         ->add_option("-o,--output", options->output, "The file to write, OUT.ct, OUT.lw or OUT.jpg")
@@ -192,7 +184,7 @@ void AddImport(CLI::App& app)
                      "Of a JPEG file that is encoded anew, 1 to 100 (92)")
         ->check(CLI::Range(1, 100));
     command->footer(kFooter);
-    command->callback([options] { Import(*options); });
+    command->callback([options] { ImportPicture(*options); });
 }
 
 } // namespace tympan::tool

@@ -1,4 +1,5 @@
-// What `tympan import` hands to the writer of a format.
+// Turning pictures into CT, LW and JPEG files: what `tympan import` does, and what it hands to the
+// writer of a format.
 #pragma once
 
 #include "output_file.h"
@@ -9,6 +10,19 @@
 #include <string>
 
 namespace tympan::tool {
+
+/// What to import, and how.
+struct ImportOptions {
+    std::string picture;              ///< a JPEG, PNG or TIFF file
+    std::string output;               ///< its ending tells the format
+    std::string profile;              ///< of the CMYK output; empty for the system's
+    std::optional<double> resolution; ///< pixels per inch, in place of the picture's own
+    std::optional<int> quality;       ///< of a JPEG file, 1 to 100
+};
+
+/// Writes the output, a JPEG's side file too, and reads it back before it gets its name.
+/// \throws UsageFailure for options that contradict each other; FileFailure.
+void ImportPicture(const ImportOptions& options);
 
 struct ImportJob {
     std::string picture;                   ///< its path

@@ -2,6 +2,7 @@
 #include "command.h"
 #include "failure.h"
 #include "index_jpeg.h"
+#include "line_work_rows.h"
 #include "output_file.h"
 #include "picture.h"
 #include "picture_source.h"
@@ -42,11 +43,6 @@ void RequireEndingToReplace(const std::string& path)
                           "Give the file a name such as picture.lw.");
 }
 
-const LwPictureParameters& RecordOf(const Picture& picture)
-{
-    return dynamic_cast<const LwPictureParameters&>(*picture.Object().PictureParams());
-}
-
 void RequireOwnKind(const LineWorkSideFile& side)
 {
     if (side.state == SideFileState::foreign)
@@ -74,12 +70,12 @@ void MakeSideFile(const std::string& path, const OutputFile& output)
 void IndexLineWork(const Picture& picture)
 {
     RequireEndingToReplace(picture.Path());
-    const LineWorkSideFile side = SideFileOf(picture.Path().c_str(), RecordOf(picture));
+    const LineWorkSideFile side = SideFileOf(picture.Path().c_str(), LineWorkRecord(picture));
     OutputFile output(side.path.GetString(), picture.Path(), ".bin");
     RequireOwnKind(side);
     MakeSideFile(picture.Path(), output);
     output.Commit();
-    if (SideFileOf(picture.Path().c_str(), RecordOf(picture)).state != SideFileState::ok)
+    if (SideFileOf(picture.Path().c_str(), LineWorkRecord(picture)).state != SideFileState::ok)
         Warn(picture.Path(), "the rows don't fill the file to its end: `tympan info` will call its "
                              "side file stale. " +
                                  std::string(kCheckAdvice));

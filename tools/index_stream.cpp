@@ -1,5 +1,6 @@
 // `tympan stream --indexes`: line work as one stream of colour indexes for all separations.
 #include "failure.h"
+#include "line_work_rows.h"
 #include "offsets_file.h"
 #include "output_file.h"
 #include "plain_file.h"
@@ -17,22 +18,6 @@
 namespace tympan::tool {
 
 namespace {
-
-constexpr unsigned char kNoInk = 255;
-
-// The index of the first colour without any ink; nothing when each has some.
-std::optional<unsigned int> PaperIndex(const LwPictureParameters& record)
-{
-    for (unsigned int row = 0; row < record.FileColorsNumber(); ++row) {
-        unsigned int papers = 0;
-        for (const ColorSeparationType separation : { Cyan, Magenta, Yellow, Black })
-            if (record.GetColor(static_cast<unsigned char>(row), separation) == kNoInk)
-                ++papers;
-        if (papers == 4)
-            return row + 1;
-    }
-    return std::nullopt;
-}
 
 unsigned char WhiteOf(const StreamOptions& options, const LwPictureParameters& record)
 {

@@ -2,19 +2,18 @@
 #include "command.h"
 #include "failure.h"
 #include "names.h"
+#include "page_info.h"
+#include "page_paths.h"
 #include "picture.h"
+#include "picture_facts.h"
 #include "separations.h"
 #include "standard_output.h"
 #include "tiff_file.h"
 #include "tiff_plates.h"
 
 #include <algorithm>
-#include <array>
-#include <cmath>
 #include <cstdint>
-#include <cstdio>
 #include <iostream>
-#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -30,6 +29,7 @@ struct InfoOptions {
     std::string asFormat;
     bool json = false;
     bool runs = false;
+    PathOptions paths;
 };
 
 // A file and what is known of it.
@@ -39,6 +39,7 @@ struct Known {
     const InfoOptions& options;
     const char* index = nullptr;       ///< the state of the side file; null for formats without one
     std::optional<std::uint64_t> runs; ///< nothing when they were not asked for or can't be told
+    std::optional<std::vector<ToldEntry>> entries; ///< of a page file
 
     const BasePictureIF& Picture() const { return *opening.opened.picture; }
     /// Whether a header was read: a refused one leaves an empty record.
@@ -57,6 +58,11 @@ struct Known {
     }
 };
 
+const PageFileInterface* PageOf(const BasePictureIF* picture)
+{
+    return dynamic_cast<const PageFileInterface*>(picture);
+}
+
 const JpegFileInterface* JpegOf(const BasePictureIF& picture)
 {
     return dynamic_cast<const JpegFileInterface*>(&picture);
@@ -65,14 +71,6 @@ const JpegFileInterface* JpegOf(const BasePictureIF& picture)
 const TiffFileParam* TiffRecordOf(const BasePictureIF& picture)
 {
     return dynamic_cast<const TiffFileParam*>(picture.PictureParams());
-}
-
-// What a TIFF/IT file's object is; null for other formats.
-const char* TiffItKindOf(const BasePictureIF& picture)
-{
-    if (dynamic_cast<const TiffItCtP1Interface*>(&picture) != nullptr)
-        return "CT";
-    return dynamic_cast<const TiffItLwP1Interface*>(&picture) != nullptr ? "LW" : nullptr;
 }
 
 bool Known::HasHeader() const
@@ -85,6 +83,8 @@ bool Known::HasHeader() const
 
 std::optional<unsigned int> Known::BitsPerSample() const
 {
+    if (entries)
+        return std::nullopt; // a page has no samples
     const unsigned int bits = Picture().PictureParams()->BitsPerSample();
     const unsigned int separations = Picture().FileNumberOfSeparations();
     if (separations > 0)
@@ -94,60 +94,15 @@ std::optional<unsigned int> Known::BitsPerSample() const
 
 std::optional<unsigned int> Known::RowSize() const
 {
+    if (entries)
+        return std::nullopt;
     const unsigned int bytes = Picture().PictureParams()->RowSize();
     return bytes > 0 || TiffItKindOf(Picture()) == nullptr ? std::optional(bytes) : std::nullopt;
-}
-
-// The kind of a TIFF or a TIFF/IT file; nothing for other formats.
-std::optional<std::string> KindOf(const BasePictureIF& picture)
-{
-    if (const auto* const tiff = dynamic_cast<const TiffFileInterface*>(&picture))
-        return TiffKindName(*tiff);
-    const char* const kind = TiffItKindOf(picture);
-    return kind != nullptr ? std::optional<std::string>(kind) : std::nullopt;
-}
-
-// Pixels per inch; nothing when the axes differ or the file tells none.
-std::optional<double> ResolutionOfBoth(const BasePictureIF& picture)
-{
-    const AxisResolution axes = AxisResolutionOf(picture);
-    const double resolution =
-        KindOf(picture) ? std::max(axes.alongWidth, axes.alongHeight) : picture.FileResolution();
-    if (picture.FileResolution() < 0.0 || !std::isfinite(resolution))
-        return std::nullopt;
-    return resolution;
-}
-
-// Not a number without a resolution.
-double InInches(unsigned long pixels, double resolution)
-{
-    return std::isfinite(resolution) && resolution > 0.0 ? static_cast<double>(pixels) / resolution
-                                                         : std::numeric_limits<double>::quiet_NaN();
 }
 
 const LwPictureParameters* ColoursOf(const BasePictureIF& picture)
 {
     return dynamic_cast<const LwPictureParameters*>(picture.PictureParams());
-}
-
-// Whether the record has inches. Others have them only by their resolutions.
-bool TellsInches(const BasePictureIF& picture)
-{
-    return JpegOf(picture) == nullptr && !KindOf(picture);
-}
-
-double HeightOf(const BasePictureIF& picture)
-{
-    if (TellsInches(picture))
-        return picture.FileHeightInUnits();
-    return InInches(picture.FileHeightInPixels(), AxisResolutionOf(picture).alongHeight);
-}
-
-double WidthOf(const BasePictureIF& picture)
-{
-    if (TellsInches(picture))
-        return picture.FileWidthInUnits();
-    return InInches(picture.FileWidthInPixels(), AxisResolutionOf(picture).alongWidth);
 }
 
 // The ink value that stands for transparent in a separation.
@@ -194,17 +149,6 @@ std::optional<std::uint64_t> CountRuns(const std::string& file, const Opening& o
     return (bytes - kSparedBytes - kRowBytes * height) / kRunBytes;
 }
 
-template <typename Number>
-Json NumberOrNull(const std::optional<Number>& number)
-{
-    return number ? Json(*number) : Json(nullptr);
-}
-
-Json NumberOrNull(double number)
-{
-    return std::isfinite(number) ? Json(number) : Json(nullptr);
-}
-
 Json TransparentColours(const BasePictureIF& picture, const LwPictureParameters& colours)
 {
     Json object = Json::object();
@@ -241,33 +185,18 @@ void AddTiff(const BasePictureIF& picture, Json& object)
     object["photometric"] = record != nullptr ? Json(record->Photometric()) : Json(nullptr);
 }
 
-Json SeparationNames(const BasePictureIF& picture)
-{
-    Json names = Json::array();
-    for (const ColorSeparationType separation : SeparationsOf(picture))
-        names.push_back(WithReplacements(NameOf(picture, separation)));
-    return names;
-}
-
 void AddHeader(const Known& known, Json& object)
 {
     const BasePictureIF& picture = known.Picture();
-    const AxisResolution resolution = AxisResolutionOf(picture);
     object["file_type"] = WithReplacements(picture.FileType().GetString());
-    object["width"] = picture.FileWidthInPixels();
-    object["height"] = picture.FileHeightInPixels();
-    object["width_in"] = NumberOrNull(WidthOf(picture));
-    object["height_in"] = NumberOrNull(HeightOf(picture));
-    object["resolution"] = NumberOrNull(ResolutionOfBoth(picture));
-    object["resolution_x"] = NumberOrNull(resolution.alongWidth);
-    object["resolution_y"] = NumberOrNull(resolution.alongHeight);
-    object["separations"] = SeparationNames(picture);
+    AddGeometry(picture, object);
     object["bits_per_sample"] = NumberOrNull(known.BitsPerSample());
     object["row_size"] = NumberOrNull(known.RowSize());
     object["nlw"] = picture.Nlw();
     AddLineWork(known, object);
     AddJpeg(known, object);
     AddTiff(picture, object);
+    object["entries"] = known.entries ? AsJson(*known.entries) : Json(nullptr);
 }
 
 Json AsJson(const Known& known)
@@ -286,43 +215,21 @@ Json AsJson(const Known& known)
 
 // ---- as text
 
-std::string Number(double number, int decimals)
-{
-    if (!std::isfinite(number))
-        return "unknown";
-    std::array<char, 64> text{};
-    std::snprintf(text.data(), text.size(), "%.*f", decimals, number);
-    std::string result(text.data());
-    if (result.find('.') != std::string::npos) {
-        result.erase(result.find_last_not_of('0') + 1);
-        if (result.back() == '.')
-            result.pop_back();
-    }
-    return result;
-}
-
-std::string Times(const std::string& width, const std::string& height)
-{
-    return width + " x " + height;
-}
-
 std::string ResolutionText(const BasePictureIF& picture)
 {
     constexpr int kDecimals = 4;
     if (const std::optional<double> both = ResolutionOfBoth(picture))
-        return Number(*both, kDecimals) + " pixels per inch";
+        return NumberText(*both, kDecimals) + " pixels per inch";
     const AxisResolution axes = AxisResolutionOf(picture);
-    return Number(axes.alongWidth, kDecimals) + " pixels per inch along the width, " +
-           Number(axes.alongHeight, kDecimals) + " along the height";
+    return NumberText(axes.alongWidth, kDecimals) + " pixels per inch along the width, " +
+           NumberText(axes.alongHeight, kDecimals) + " along the height";
 }
 
 std::string SizeText(const BasePictureIF& picture, double perInch, int decimals)
 {
-    return Times(Number(WidthOf(picture) * perInch, decimals),
-                 Number(HeightOf(picture) * perInch, decimals));
+    return Times(NumberText(WidthOf(picture) * perInch, decimals),
+                 NumberText(HeightOf(picture) * perInch, decimals));
 }
-
-using Lines = std::vector<std::pair<const char*, std::string>>;
 
 std::string RowText(const Known& known)
 {
@@ -338,10 +245,7 @@ Lines HeaderLines(const Known& known)
     constexpr double kMillimetresPerInch = 25.4;
     const BasePictureIF& picture = known.Picture();
     const std::string type = picture.FileType().GetString();
-    const std::string size = Times(std::to_string(picture.FileWidthInPixels()),
-                                   std::to_string(picture.FileHeightInPixels())) +
-                             " pixels";
-    const std::optional<unsigned int> bits = known.BitsPerSample();
+    const std::string size = PixelsText(picture);
     if (TiffItKindOf(picture) != nullptr)
         return { { "Size", size } }; // nothing else is read of such a file
     return {
@@ -351,10 +255,28 @@ Lines HeaderLines(const Known& known)
         { "", SizeText(picture, kMillimetresPerInch, 2) + " mm" },
         { "Resolution", ResolutionText(picture) },
         { "Separations", Shown(NamesOf(picture)) },
-        { "Sample", bits ? std::to_string(*bits) + (*bits == 1 ? " bit" : " bits") : "unknown" },
-        { "Row", RowText(known) },
-        { "NLW", picture.Nlw() ? "yes" : "no" },
     };
+}
+
+// A page has no samples, and of TIFF/IT nothing is read.
+Lines SampleLines(const Known& known)
+{
+    const BasePictureIF& picture = known.Picture();
+    if (TiffItKindOf(picture) != nullptr)
+        return {};
+    Lines nlw{ { "NLW", picture.Nlw() ? "yes" : "no" } };
+    if (known.entries)
+        return nlw;
+    const std::optional<unsigned int> bits = known.BitsPerSample();
+    return { { "Sample",
+               bits ? std::to_string(*bits) + (*bits == 1 ? " bit" : " bits") : "unknown" },
+             { "Row", RowText(known) },
+             nlw.front() };
+}
+
+Lines EntryLines(const Known& known)
+{
+    return known.entries ? LinesOf(*known.entries) : Lines();
 }
 
 Lines LineWorkLines(const Known& known)
@@ -372,7 +294,7 @@ Lines LineWorkLines(const Known& known)
                  { "Transparent", transparent },
                  { "Index", known.index != nullptr ? known.index : "unknown" } };
     if (const auto mean = known.MeanRun())
-        lines.emplace_back("Runs", std::to_string(*known.runs) + ", of " + Number(*mean, 2) +
+        lines.emplace_back("Runs", std::to_string(*known.runs) + ", of " + NumberText(*mean, 2) +
                                        " pixels in the mean");
     return lines;
 }
@@ -412,17 +334,30 @@ void Print(const Known& known)
         lines.emplace_back("Format", known.opening.opened.format);
     if (known.HasHeader())
         for (Lines (*const linesOf)(const Known&) :
-             { HeaderLines, LineWorkLines, JpegLines, TiffLines })
+             { HeaderLines, SampleLines, LineWorkLines, JpegLines, TiffLines, EntryLines })
             for (auto& line : linesOf(known))
                 lines.push_back(std::move(line));
     std::cout << Shown(known.file) << '\n';
     for (const auto& [name, value] : lines) {
-        std::string start = "  " + std::string(name);
-        start.resize(16, ' ');
+        std::string start = "  " + name;
+        start.resize(std::max<std::size_t>(16, start.size() + 1), ' ');
         std::cout << start << value << '\n';
     }
     if (known.opening.failure)
         std::cout << (known.opening.opened.isOpen ? "  Not whole\n" : "  Not opened\n");
+}
+
+// The entries of a page whose header was read. One whose picture doesn't open fails the page.
+std::optional<std::vector<ToldEntry>> EntriesOf(const std::string& file, Opening& opening)
+{
+    const PageFileInterface* const page = PageOf(opening.opened.picture.get());
+    if (page == nullptr || opening.paths == nullptr || page->FileNumberOfSeparations() == 0)
+        return std::nullopt;
+    std::vector<ToldEntry> entries = TellEntries(file, *page, *opening.paths);
+    const std::string problems = ProblemsOf(entries);
+    if (!opening.failure && !problems.empty())
+        opening.failure = FileFailure(file, problems, std::nullopt, kCheckAdvice);
+    return entries;
 }
 
 void Info(const InfoOptions& options)
@@ -430,17 +365,19 @@ void Info(const InfoOptions& options)
     Json objects = Json::array();
     bool failed = false;
     for (const std::string& file : options.files) {
-        Opening opening = TryOpenPicture(file, options.asFormat);
+        Opening opening = TryOpenPicture(file, options.asFormat, options.paths);
         const char* index = nullptr;
         std::optional<std::uint64_t> runs;
+        std::optional<std::vector<ToldEntry>> entries;
         try {
+            entries = EntriesOf(file, opening);
             index = Guard(file, [&] { return SideFileText(file, opening); });
             if (options.runs)
                 runs = CountRuns(file, opening);
         } catch (const FileFailure& failure) {
             opening.failure = failure;
         }
-        const Known known{ file, opening, options, index, runs };
+        const Known known{ file, opening, options, index, runs, std::move(entries) };
         if (options.json)
             objects.push_back(AsJson(known));
         else
@@ -468,12 +405,17 @@ void AddInfo(CLI::App& app)
     command.add_flag("--json", options->json, "Write a JSON array with an object for each file");
     command.add_flag("--runs", options->runs, "Count the runs of line work, which reads it whole");
     AddAsOption(command, options->asFormat);
+    AddPathOptions(command, options->paths);
     command.footer(R"(All files are looked at; the exit status is 1 if any failed.
+
+Of a page the entries are told too, offsets and sizes in inches, and the pictures that
+they place: a page whose pictures aren't all found has failed.
 
 Example:
   tympan info photo.ct
   tympan info --json *.ct
-  tympan info --runs map.lw)");
+  tympan info --runs map.lw
+  tympan info job.pg --map 'P:\JOBS=/srv/jobs')");
     command.callback([options] { Info(*options); });
 }
 

@@ -19,6 +19,7 @@ constexpr std::array kSubcommands{
     tympan::tool::AddInfo,   tympan::tool::AddPreview, tympan::tool::AddRows,
     tympan::tool::AddImport, tympan::tool::AddExport,  tympan::tool::AddCrop,
     tympan::tool::AddStream, tympan::tool::AddCheck,   tympan::tool::AddIndex,
+    tympan::tool::AddPage,   tympan::tool::AddSample,
 };
 
 constexpr char kFooter[] = R"(Examples:
@@ -31,6 +32,8 @@ constexpr char kFooter[] = R"(Examples:
   tympan crop map.lw detail.lw --left 1001 --right 3000
   tympan stream map.lw -o map.runs --separation black
   tympan index map.lw
+  tympan page job.pg --size 8.5x11 --resolution 300 --place photo.ct@1,1
+  tympan sample job --photo photo.jpg --line-work map.png
 
 Exit status: 0 fine, 1 a file failed, 2 wrong usage.
 `tympan SUBCOMMAND --help` tells more.)";

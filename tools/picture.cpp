@@ -1,5 +1,6 @@
 #include "picture.h"
 
+#include "page_entry.h"
 #include "picture_source.h"
 #include "separations.h"
 #include "tiff_file.h"
@@ -23,12 +24,16 @@ struct AsValue {
 };
 constexpr std::array kAsValues{
     AsValue{ "ct", "CT" },     AsValue{ "lw", "LW" },     AsValue{ "jpeg", "JPEG" },
-    AsValue{ "page", "PAGE" }, AsValue{ "tiff", "TIFF" }, AsValue{ "tiffit", "TIFF/IT" },
+    AsValue{ "page", "Page" }, AsValue{ "tiff", "TIFF" }, AsValue{ "tiffit", "TIFF/IT" },
 };
 
 constexpr char kDamagedAdvice[] = "The file is damaged or of another format.";
 constexpr char kFormatAdvice[] =
     "The file is damaged or of another format; --as FORMAT names the format.";
+constexpr char kPageAdvice[] = "`tympan info` tells of all entries; --root and --map say where a "
+                               "page's pictures are.";
+
+constexpr unsigned long kEntryRefused = 90065;
 
 // What a code means to a person, and what to do about it.
 struct CodeText {
@@ -54,6 +59,10 @@ constexpr std::array kCodeTexts{
     CodeText{ 90057, "the first directory of the TIFF/IT file stands at an odd place",
               kDamagedAdvice },
     CodeText{ 90058, "a field of the TIFF/IT file has an unknown type", kDamagedAdvice },
+    CodeText{ kEntryRefused,
+              "an entry of the page isn't taken: its picture isn't found or is of no known format, "
+              "its type is unknown, or the file ends in it",
+              kPageAdvice },
     CodeText{ 90066,
               "the header is refused: its number of separations is neither 1 nor 4, or its "
               "mask names another number",
@@ -203,8 +212,32 @@ FileFailure JpegRefusal(const std::string& path, const BasePictureIF& picture)
     return FailureOf(path, picture, "the head can't be read", kDamagedAdvice);
 }
 
-FileFailure Refusal(const std::string& path, const OpenedPicture& opened)
+// The first entry that isn't taken tells more than the code.
+FileFailure PageRefusal(const std::string& path, PageFileInterface& page, const PagePaths* paths)
 {
+    FileFailure told = FailureOf(path, page, "an entry of the page isn't taken", kDamagedAdvice);
+    if (paths == nullptr || page.FileNumberOfSeparations() == 0)
+        return told;
+    CFile file(path.c_str(), CFile::modeRead);
+    for (unsigned short index = 0; index < page.GetEntriesNumber(); ++index) {
+        const PageEntryReading reading = ReadPageEntry(file, index);
+        if (reading.state != PageEntryState::fine)
+            return { path, "entry " + std::to_string(index) + ": " + ProblemOf(reading, *paths),
+                     told.Code(), told.Advice() };
+    }
+    return told;
+}
+
+// Whether all that is refused are entries.
+bool IsPageWithHeader(const Opening& opening)
+{
+    const auto* const page = dynamic_cast<const PageFileInterface*>(opening.opened.picture.get());
+    return page != nullptr && page->PictureParams()->TraceStatus() == kEntryRefused;
+}
+
+FileFailure Refusal(const std::string& path, const Opening& opening)
+{
+    const OpenedPicture& opened = opening.opened;
     if (opened.picture == nullptr && IsJpegFile(path))
         return OtherJpegHead(path);
     if (opened.picture == nullptr)
@@ -213,12 +246,26 @@ FileFailure Refusal(const std::string& path, const OpenedPicture& opened)
                  std::nullopt, "If you know its format, name it with --as." };
     if (dynamic_cast<const JpegFileInterface*>(opened.picture.get()) != nullptr)
         return JpegRefusal(path, *opened.picture);
+    if (auto* const page = dynamic_cast<PageFileInterface*>(opened.picture.get()))
+        return PageRefusal(path, *page, opening.paths.get());
     const bool isOtherTiff = TiffDetailsOf(*opened.picture).has_value();
     return FailureOf(
         path, *opened.picture, "the header claims rows that the file can't hold or memory can't",
         isOtherTiff ? "Save the picture as grey, palette, RGB, or 4 to 8 inks of 8 bits "
                       "a sample, or as bits of which 0 is white."
                     : kDamagedAdvice);
+}
+
+bool HasPageLetters(const std::string& path)
+{
+    try {
+        return tool::Guard(path, [&] {
+            CFile file(path.c_str(), CFile::modeRead);
+            return PageFileInterface::isTypeOf(file);
+        });
+    } catch (const FileFailure&) { // the opening tells it
+        return false;
+    }
 }
 
 // A row that isn't there leaves its bytes as they were, so that what two different fills have in
@@ -240,8 +287,8 @@ bool HoldsRow(const Picture& picture, std::uint32_t row, ColorSeparationType sep
 
 } // namespace
 
-Picture::Picture(std::string path, OpenedPicture opened)
-    : path_(std::move(path)), opened_(std::move(opened))
+Picture::Picture(std::string path, OpenedPicture opened, std::unique_ptr<PagePaths> paths)
+    : path_(std::move(path)), paths_(std::move(paths)), opened_(std::move(opened))
 {}
 
 PictureFileInterface& Picture::Rows() const
@@ -253,7 +300,7 @@ PictureFileInterface& Picture::Rows() const
                       IsTiffIt()
                           ? "It can only be drawn, by `tympan preview`; if it is a TIFF too, "
                             "--as tiff takes it as that."
-                          : "");
+                          : "`tympan preview` shows it, and `tympan info` names its pictures.");
 }
 
 CtFileInterface* Picture::AsCt() const
@@ -274,6 +321,11 @@ JpegFileInterface* Picture::AsJpeg() const
 TiffFileInterface* Picture::AsTiff() const
 {
     return dynamic_cast<TiffFileInterface*>(opened_.picture.get());
+}
+
+PageFileInterface* Picture::AsPage() const
+{
+    return dynamic_cast<PageFileInterface*>(opened_.picture.get());
 }
 
 std::uint32_t Picture::Width() const
@@ -329,26 +381,35 @@ std::vector<std::string_view> FormatsFor(const std::string& asFormat)
     return formats;
 }
 
-Opening TryOpenPicture(const std::string& path, const std::string& asFormat)
+std::unique_ptr<PagePaths> UsePagePaths(const std::string& path, const std::string& asFormat,
+                                        const PathOptions& options)
+{
+    const bool isPage = asFormat.empty() ? HasPageLetters(path) : asFormat == "page";
+    return isPage ? std::make_unique<PagePaths>(path, options) : nullptr;
+}
+
+Opening TryOpenPicture(const std::string& path, const std::string& asFormat,
+                       const PathOptions& paths)
 {
     const std::vector<std::string_view> formats = FormatsFor(asFormat);
     Opening opening;
+    opening.paths = UsePagePaths(path, asFormat, paths);
     try {
         opening.opened = tool::Guard(path, [&] { return Open(path, formats); });
         if (!opening.opened.isOpen)
-            opening.failure = Refusal(path, opening.opened);
+            opening.failure = tool::Guard(path, [&] { return Refusal(path, opening); });
     } catch (const FileFailure& failure) {
         opening.failure = failure;
     }
     return opening;
 }
 
-Picture OpenPicture(const std::string& path, const std::string& asFormat)
+Picture OpenPicture(const std::string& path, const std::string& asFormat, const PathOptions& paths)
 {
-    Opening opening = TryOpenPicture(path, asFormat);
-    if (opening.failure)
+    Opening opening = TryOpenPicture(path, asFormat, paths);
+    if (opening.failure && !IsPageWithHeader(opening))
         throw FileFailure(*opening.failure);
-    return { path, std::move(opening.opened) };
+    return { path, std::move(opening.opened), std::move(opening.paths) };
 }
 
 bool IsTiffItInTiff(const std::string& path)

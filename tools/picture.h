@@ -2,6 +2,7 @@
 #pragma once
 
 #include "failure.h"
+#include "page_paths.h"
 
 #include <tympan/inspect.h>
 #include <tympan/tympan.h>
@@ -9,6 +10,7 @@
 #include <CLI/CLI.hpp>
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -19,7 +21,8 @@ namespace tympan::tool {
 /// A picture object on a file that took it.
 class Picture {
   public:
-    Picture(std::string path, OpenedPicture opened);
+    /// \param paths of a page file, in force as long as the picture lives
+    Picture(std::string path, OpenedPicture opened, std::unique_ptr<PagePaths> paths = nullptr);
 
     const std::string& Path() const { return path_; }
     /// As in `FormatNames()`, or `kTiffItName`.
@@ -32,6 +35,9 @@ class Picture {
     LWFileInterface* AsLw() const;
     JpegFileInterface* AsJpeg() const;
     TiffFileInterface* AsTiff() const;
+    PageFileInterface* AsPage() const;
+    /// Of a page file; null for other formats.
+    const PagePaths* Paths() const { return paths_.get(); }
     /// Whether the picture can be drawn only, as a whole: it has no rows.
     bool IsTiffIt() const { return Format() == kTiffItName; }
 
@@ -45,6 +51,7 @@ class Picture {
 
   private:
     std::string path_;
+    std::unique_ptr<PagePaths> paths_;
     OpenedPicture opened_;
 };
 
@@ -62,6 +69,7 @@ inline constexpr char kCheckAdvice[] = "`tympan check FILE` tells all that is wr
 /// What became of an opening: the object, if one was made, and the failure, if the file wasn't
 /// taken.
 struct Opening {
+    std::unique_ptr<PagePaths> paths; ///< of a page file, in force as long as it lives
     OpenedPicture opened;
     std::optional<FileFailure> failure;
 };
@@ -70,12 +78,21 @@ struct Opening {
 /// \throws UsageFailure for a format that this build doesn't read.
 std::vector<std::string_view> FormatsFor(const std::string& asFormat);
 
-/// \param asFormat a value of `--as`; empty to ask the formats
-/// \throws UsageFailure for a format that this build doesn't read.
-Opening TryOpenPicture(const std::string& path, const std::string& asFormat);
+/// Sets the path resolver for a file that is taken as a page: by its type letters, or by `--as`.
+/// \return null for any other file, and for one that can't be read.
+std::unique_ptr<PagePaths> UsePagePaths(const std::string& path, const std::string& asFormat,
+                                        const PathOptions& options);
 
+/// \param asFormat a value of `--as`; empty to ask the formats
+/// \param paths where a page's pictures are
+/// \throws UsageFailure for a format that this build doesn't read.
+Opening TryOpenPicture(const std::string& path, const std::string& asFormat,
+                       const PathOptions& paths = {});
+
+/// A page comes out that could only be refused for its entries: whoever wants these asks for each.
 /// \throws UsageFailure as above; FileFailure when the file isn't taken.
-Picture OpenPicture(const std::string& path, const std::string& asFormat);
+Picture OpenPicture(const std::string& path, const std::string& asFormat,
+                    const PathOptions& paths = {});
 
 /// Whether a file that opens as a TIFF of no known kind is taken for TIFF/IT.
 /// \throws FileFailure when the file can't be read.

@@ -23,6 +23,13 @@ void PlainFile::Write(std::string_view text)
     Put(text.data(), text.size());
 }
 
+void PlainFile::WriteAtStart(std::span<const std::uint8_t> bytes)
+{
+    if (std::fseek(file_.get(), 0, SEEK_SET) != 0)
+        throw SystemFailure(path_, errno);
+    Put(bytes.data(), bytes.size());
+}
+
 void PlainFile::Finish()
 {
     if (std::fclose(file_.release()) != 0)

@@ -19,6 +19,8 @@ class PlainFile {
 
     void Write(std::span<const std::uint8_t> bytes);
     void Write(std::string_view text);
+    /// Writes over the first bytes of the file. Nothing can be written behind it.
+    void WriteAtStart(std::span<const std::uint8_t> bytes);
     /// Writes what is left and closes the file.
     void Finish();
 

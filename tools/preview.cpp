@@ -2,22 +2,22 @@
 #include "box_average.h"
 #include "command.h"
 #include "failure.h"
-#include "jpeg_bands.h"
 #include "names.h"
 #include "output_file.h"
+#include "page_paths.h"
+#include "page_preview.h"
 #include "picture.h"
 #include "png_file.h"
-#include "preview_bands.h"
 #include "progress.h"
 #include "row_range.h"
 #include "separation_bands.h"
 #include "separations.h"
+#include "shown_rows.h"
 #include "tiff_plates.h"
 
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <functional>
 #include <limits>
 #include <memory>
 #include <optional>
@@ -36,10 +36,12 @@ struct PreviewOptions {
     std::string separation;
     bool gray = false;
     std::string rows;
-    std::uint32_t fit = std::numeric_limits<std::int32_t>::max();
+    std::optional<std::uint32_t> fit;
+    PathOptions paths;
     std::uint64_t maxMemory = std::uint64_t{ 4 } << 30U; ///< bytes
 };
 
+constexpr std::uint32_t kNoLimit = std::numeric_limits<std::int32_t>::max();
 constexpr std::array<std::string_view, 1> kEndings{ ".png" };
 
 // The one plate that is shown, in its tint, or in grey where it is no ink that has one.
@@ -80,100 +82,13 @@ std::optional<ShownPlate> WantedPlate(const Picture& picture, const PreviewOptio
     return ShownPlate{ separation, tiff == nullptr || (IsOfInks(*tiff) && separation <= Black) };
 }
 
-// Gives the rows in blue, green and red, from the top down.
-using GiveRows = std::function<void(const TakePixels& take)>;
-
-// Stores blue, green and red of a colour.
-template <typename Place>
-void PutColour(unsigned long packed, Place place)
+std::array<BgrColour, 256> TintsOf(const ShownPlate& plate)
 {
-    for (const unsigned int shift : { 16U, 8U, 0U })
-        *place++ = static_cast<std::uint8_t>(packed >> shift);
-}
-
-// All separations together, as the library draws them.
-GiveRows Composite(const Picture& picture, RowRange rows)
-{
-    const auto draw = [&picture](std::uint32_t first, std::uint32_t last, CDC& context) {
-        picture.Object().Display(first, last, context);
-        if (picture.Object().TraceStatus() != 0)
-            throw RowsFailure(picture, { first, last + 1 });
-    };
-    return [=, &picture](const TakePixels& take) {
-        DrawInBands({ rows.first, rows.end, picture.Width() }, draw, take);
-    };
-}
-
-// Blue, green and red of the pixels of a JPEG.
-void ShowDecoded(std::span<const std::uint8_t> row, std::size_t components,
-                 std::span<std::uint8_t> bgr)
-{
-    auto place = bgr.begin();
-    for (auto pixel = row.begin(); pixel != row.end();
-         pixel += static_cast<std::ptrdiff_t>(components), place += 3) {
-        if (components == 1)
-            std::fill_n(place, 3, *pixel);
-        else if (components == 3)
-            std::reverse_copy(pixel, pixel + 3, place);
-        else
-            PutColour(PictureFileInterface::CalculatePixelAsRGB(&*pixel), place);
-    }
-}
-
-// A JPEG as it is decoded.
-GiveRows Decoded(const Picture& picture, RowRange rows)
-{
-    return [=, &picture](const TakePixels& take) {
-        JpegBands bands(picture, rows);
-        std::vector<std::uint8_t> pixels(std::size_t{ picture.Width() } * 3);
-        for (std::uint32_t row = rows.first; row < rows.end; ++row) {
-            ShowDecoded(bands.Row(row), bands.Components(), pixels);
-            take(row, 0, pixels);
-        }
-    };
-}
-
-// A TIFF in its own colours.
-GiveRows Coloured(const Picture& picture, RowRange rows)
-{
-    return [=, &picture](const TakePixels& take) {
-        const TiffColours colours(picture);
-        SeparationBands bands(picture, colours.Separations(), rows);
-        std::vector<std::uint8_t> pixels(std::size_t{ picture.Width() } * 3);
-        for (std::uint32_t row = rows.first; row < rows.end; ++row) {
-            colours.Show(bands, row, pixels);
-            for (std::size_t pixel = 0; pixel < pixels.size(); pixel += 3)
-                std::swap(pixels[pixel], pixels[pixel + 2]);
-            take(row, 0, pixels);
-        }
-    };
-}
-
-// A TIFF/IT picture, which is drawn from its first row on, whichever are wanted: on a bitmap of all
-// of them.
-GiveRows DrawnWhole(const Picture& picture, RowRange rows)
-{
-    return [=, &picture](const TakePixels& take) {
-        PreviewBand whole(picture.Width(), rows.Count());
-        whole.FillWithPaper();
-        whole.MoveTo(0, rows.first);
-        picture.Object().Display(0, rows.end - 1, whole.Context());
-        picture.RequireNoFailure();
-        for (std::uint32_t row = rows.first; row < rows.end; ++row)
-            take(row, 0, whole.Row(row - rows.first));
-    };
-}
-
-using Colour = std::array<std::uint8_t, 3>; // blue, green and red
-
-std::array<Colour, 256> TintsOf(const ShownPlate& plate)
-{
-    std::array<Colour, 256> tints{};
+    std::array<BgrColour, 256> tints{};
     for (std::size_t value = 0; value < tints.size(); ++value) {
         const auto byte = static_cast<std::uint8_t>(value);
         if (plate.hasTint)
-            PutColour(PictureFileInterface::CalculatePixelAsRGB(byte, plate.separation),
-                      tints[value].begin());
+            tints[value] = BgrOf(PictureFileInterface::CalculatePixelAsRGB(byte, plate.separation));
         else
             tints[value].fill(byte);
     }
@@ -196,17 +111,6 @@ GiveRows Plate(const Picture& picture, RowRange rows, const ShownPlate& plate)
     };
 }
 
-GiveRows GiverOf(const Picture& picture, RowRange rows, const std::optional<ShownPlate>& plate)
-{
-    if (plate)
-        return Plate(picture, rows, *plate);
-    if (picture.AsTiff() != nullptr)
-        return Coloured(picture, rows);
-    if (picture.IsTiffIt())
-        return DrawnWhole(picture, rows);
-    return picture.AsJpeg() != nullptr ? Decoded(picture, rows) : Composite(picture, rows);
-}
-
 WrittenForm FormOf(const Picture& picture, PixelSize shown, PixelSize target)
 {
     const AxisResolution resolution = AxisResolutionOf(picture.Object());
@@ -219,11 +123,13 @@ void WritePreview(const Picture& picture, const PreviewOptions& options,
 {
     const WrittenChannels written = ChannelsFor(options, plate);
     const PixelSize shown{ picture.Width(), rows.Count() };
-    const PixelSize target = Fitted(shown, options.fit);
+    const PixelSize target = Fitted(shown, options.fit.value_or(kNoLimit));
     PngFile png(output, FormOf(picture, shown, target), written.colour);
 
     std::vector<std::uint8_t> pngRow(target.width * written.channels.size());
-    BoxAverage average(shown, target, [&](std::span<const std::uint8_t> bgr) {
+    const auto across = ScaledSide::Whole(shown.width, target.width);
+    const auto down = ScaledSide::Whole(shown.height, target.height);
+    BoxAverage average(across, down, 3, [&](std::span<const std::uint8_t> bgr) {
         auto sample = pngRow.begin();
         for (std::size_t pixel = 0; pixel < bgr.size(); pixel += 3)
             for (const std::size_t channel : written.channels)
@@ -231,7 +137,7 @@ void WritePreview(const Picture& picture, const PreviewOptions& options,
         png.Write(pngRow);
     });
     Progress progress("Drawing " + picture.Path(), shown.height);
-    const GiveRows give = GiverOf(picture, rows, plate);
+    const GiveRows give = plate ? Plate(picture, rows, *plate) : ShownRows(picture, rows);
     give([&](std::uint32_t row, std::uint32_t column, std::span<const std::uint8_t> pixels) {
         average.Add(row - rows.first, column, pixels);
         progress.Advance(column == 0 ? 1 : 0);
@@ -239,24 +145,41 @@ void WritePreview(const Picture& picture, const PreviewOptions& options,
     png.Finish();
 }
 
-// Whether nearly all of a huge picture is missing: a damaged header can claim more rows than anybody
-// wants to see as paper.
-bool IsHopeless(RowRange rows, std::uint32_t missing)
+void PreviewPicture(const Picture& picture, const PreviewOptions& options)
 {
-    constexpr std::uint32_t kMostMissing = 100000;
-    constexpr std::uint32_t kLeastShare = 1000; // a thousandth
-    return missing < rows.end && rows.end - missing > kMostMissing &&
-           (missing - rows.first) < rows.Count() / kLeastShare;
+    RequirePixels(picture);
+    const auto plate = WantedPlate(picture, options);
+    const RowRange rows = ParseRows(options.rows, picture.Height());
+    RequireMemory(picture, rows, options.maxMemory,
+                  "Allow it by --max-memory, or draw fewer rows by --rows.");
+    ShowTransparentAsPaper(picture);
+    const std::optional<FileFailure> shortfall = ShortfallOf(picture, rows);
+    OutputFile output(options.output, options.file);
+    WritePreview(picture, options, plate, rows, output);
+    output.Commit();
+    if (shortfall) // written, for a person may want to see what is there
+        throw FileFailure(*shortfall);
 }
 
-void RequireMemory(const Picture& picture, RowRange rows, std::uint64_t most)
+// A page whose header could be read: its entries are looked at one by one, so that one that is refused
+// hides no other. Null for anything else.
+const PageFileInterface* PageIn(const Opening& opening)
 {
-    const std::uint64_t bytes = PreviewBand::BytesOf(picture.Width(), rows.Count());
-    if (picture.IsTiffIt() && bytes > most)
-        throw FileFailure(picture.Path(),
-                          "is drawn as a whole, which takes " + std::to_string(bytes) +
-                              " bytes of memory",
-                          {}, "Allow it by --max-memory, or draw fewer rows by --rows.");
+    constexpr unsigned long kEntryRefused = 90065;
+    const auto* const page = dynamic_cast<const PageFileInterface*>(opening.opened.picture.get());
+    const bool isRefused = opening.failure && opening.failure->Code() != kEntryRefused;
+    return isRefused ? nullptr : page;
+}
+
+void PreviewPage(const PageFileInterface& page, const PreviewOptions& options,
+                 const PagePaths& paths)
+{
+    if (options.gray || !options.separation.empty() || !options.rows.empty())
+        throw UsageFailure(
+            "--separation, --gray, --rows: a page is shown whole, in all its colours");
+    WritePagePreview(
+        { options.file, options.output, options.fit.value_or(kUsualPageFit), options.maxMemory },
+        page, paths);
 }
 
 void Preview(const PreviewOptions& options)
@@ -264,21 +187,13 @@ void Preview(const PreviewOptions& options)
     if (options.gray && options.separation.empty())
         throw UsageFailure("--gray shows one separation: name it with --separation");
     RequireEnding(options.output, kEndings);
-    const Picture picture = OpenPicture(options.file, options.asFormat);
-    RequirePixels(picture);
-    const auto plate = WantedPlate(picture, options);
-    const RowRange rows = ParseRows(options.rows, picture.Height());
-    RequireMemory(picture, rows, options.maxMemory);
-    ShowTransparentAsPaper(picture);
-
-    const auto missing = FirstMissingRow(picture);
-    if (missing && (*missing <= rows.first || IsHopeless(rows, *missing)))
-        throw MissingRowFailure(options.file, *missing, picture.Height());
-    OutputFile output(options.output, options.file);
-    WritePreview(picture, options, plate, rows, output);
-    output.Commit();
-    if (missing && *missing < rows.end) // written, for a person may want to see what is there
-        throw MissingRowFailure(options.file, *missing, picture.Height());
+    Opening opening = TryOpenPicture(options.file, options.asFormat, options.paths);
+    if (const auto* const page = PageIn(opening))
+        PreviewPage(*page, options, *opening.paths);
+    else if (opening.failure)
+        throw FileFailure(*opening.failure);
+    else
+        PreviewPicture({ options.file, std::move(opening.opened) }, options);
 }
 
 } // namespace
@@ -297,16 +212,19 @@ void AddPreview(CLI::App& app)
     command.add_flag("--gray", options->gray, "Show the separation in grey");
     command.add_option("--rows", options->rows, kRowsHelp)->check(RefuseEmpty);
     command
-        .add_option("--fit", options->fit,
-                    "Make the longer side at most N pixels, by averaging; never enlarges")
-        ->check(CLI::Range(std::uint32_t{ 1 }, options->fit))
-        ->default_str("");
+        .add_option(
+            "--fit", options->fit,
+            "Make the longer side at most N pixels, by averaging; never enlarges. A page is "
+            "made 2000 without it")
+        ->check(CLI::Range(std::uint32_t{ 1 }, kNoLimit));
     command
-        .add_option("--max-memory", options->maxMemory,
-                    "The most that a TIFF/IT picture, which is drawn as a whole, may take in "
-                    "memory, such as 512MiB")
+        .add_option(
+            "--max-memory", options->maxMemory,
+            "The most that a page, or a TIFF/IT picture, which is drawn as a whole, may take "
+            "in memory, such as 512MiB")
         ->transform(CLI::AsSizeValue(false))
         ->default_str("4GiB");
+    AddPathOptions(command, options->paths);
     AddAsOption(command, options->asFormat);
     command.footer(
         R"(Transparent colours of line work are shown as paper.
@@ -315,9 +233,15 @@ Nothing is written when nearly all of a huge picture is missing, or when line wo
 a TIFF has a bad row.
 With --fit each pixel is the mean of a box of whole pixels, each of which counts once.
 
+The pictures of a page are laid on white paper in the order of its entries, each where its
+offsets, its size (both in inches) and its angle say; CT windows show through the colours of
+their line work, and where colours of line work are transparent, what is beneath shows. In the
+place of a picture that can't be shown stands a grey box with a cross, and the exit status is 1.
+
 Example:
   tympan preview photo.ct -o photo.png --fit 1200
-  tympan preview photo.ct -o cyan.png --separation cyan --gray --rows 0:500)");
+  tympan preview photo.ct -o cyan.png --separation cyan --gray --rows 0:500
+  tympan preview page.pg -o page.png --map 'P:\JOBS=/srv/jobs')");
     command.callback([options] { Guard(options->file, [&] { Preview(*options); }); });
 }
 

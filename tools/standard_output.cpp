@@ -11,10 +11,15 @@ namespace tympan::tool {
 Json ObjectOf(const std::string& file)
 {
     Json object;
-    object["file"] = WithReplacements(file);
-    if (!IsUtf8(file))
-        object["file_raw"] = PercentEncoded(file);
+    AddPath(object, "file", file);
     return object;
+}
+
+void AddPath(Json& object, const std::string& key, const std::string& path)
+{
+    object[key] = WithReplacements(path);
+    if (!IsUtf8(path))
+        object[key + "_raw"] = PercentEncoded(path);
 }
 
 void PrintIndented(const Json& value)

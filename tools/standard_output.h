@@ -4,6 +4,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include <cmath>
+#include <optional>
 #include <string>
 
 namespace tympan::tool {
@@ -14,6 +16,20 @@ using Json = nlohmann::ordered_json;
 /// An object that begins with the file's name, as `file`; and, when that isn't UTF-8, as `file_raw`,
 /// percent-encoded.
 Json ObjectOf(const std::string& file);
+/// Adds a path under a key in the same way, the raw form under the key with `_raw` behind it.
+void AddPath(Json& object, const std::string& key, const std::string& path);
+
+template <typename Number>
+Json NumberOrNull(const std::optional<Number>& number)
+{
+    return number ? Json(*number) : Json(nullptr);
+}
+
+/// Null for a number that isn't finite.
+inline Json NumberOrNull(double number)
+{
+    return std::isfinite(number) ? Json(number) : Json(nullptr);
+}
 
 /// Writes a value over several lines.
 void PrintIndented(const Json& value);

@@ -71,7 +71,7 @@ TEST(Check, WrongUsageEndsInTwo)
     EXPECT_EQ(Check({}, {}).status, 2);
     EXPECT_EQ(Check({ "--json", "--json-lines" }, good).status, 2);
     EXPECT_EQ(Check({ "--list" }, good).status, 2);
-    EXPECT_EQ(Check({ "--as", "page" }, good).status, 2);
+    EXPECT_EQ(Check({ "--as", "gif" }, good).status, 2);
 }
 
 TEST(Check, JsonTellsVerdictFormatAndFindings)

@@ -35,7 +35,7 @@ const StatusCase kStatusCases[] = {
     { "no such file", "info OUT/none", 1, "No such file" },
     { "a device is no picture", "info /dev/zero", 1, "not a plain file" },
     { "format that no build has", "info IN --as gif", 2, "gif" },
-    { "format that this build lacks", "info IN --as page", 2, "page" },
+    { "rows of a page", "rows IN RAW --as page --separation cyan", 1, "gives no rows" },
     { "no output", "preview IN", 2, "--output" },
     { "preview of another kind", "preview IN -o OUT/a.gif", 2, ".png" },
     { "ending in capitals", "preview IN -o OUT/a.PNG", 0, "" },

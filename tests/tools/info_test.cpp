@@ -64,6 +64,7 @@ TEST(Info, JsonOfAPictureHasEveryKey)
         { "kind", nullptr },
         { "compression", nullptr },
         { "photometric", nullptr },
+        { "entries", nullptr },
     };
     EXPECT_EQ(InfoOf(folder / "a.ct", 0).dump(), expected.dump());
     const ordered_json runs = InfoOf(folder / "a.ct", 0, { "--runs" });
@@ -165,6 +166,7 @@ TEST(Info, TellsErrorAndCodeOfABadFile)
                                         "kind",
                                         "compression",
                                         "photometric",
+                                        "entries",
                                         "error",
                                         "code" };
     struct {

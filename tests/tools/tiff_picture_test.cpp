@@ -386,14 +386,5 @@ TEST(TiffItPicture, GivesNoRows)
     ExpectRefused(cases, folder);
 }
 
-TEST(TiffItPicture, SamplesAreSound)
-{
-    const TemporaryFolder folder;
-    for (const std::string kind : { "ct", "lw" }) {
-        ASSERT_EQ(RunProgram(TYMPAN_TIFFIT_SAMPLE, { kind, folder / "a.tif" }).status, 0);
-        EXPECT_EQ(RunCommand({ "check", "--as", "tiffit", folder / "a.tif" }).status, 0) << kind;
-    }
-}
-
 } // namespace
 } // namespace tympan::test
