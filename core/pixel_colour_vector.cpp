@@ -3,6 +3,8 @@
 // round.
 #include "core/pixel_colour_vector.h"
 
+#include "core/vector_forms.h"
+
 #if (defined(__x86_64__) || defined(__i386__)) && defined(__GNUC__)
 
 #include <immintrin.h>
@@ -205,10 +207,7 @@ constexpr VectorForm kForms[] = {
 
 std::span<const VectorForm> VectorForms()
 {
-    if (__builtin_cpu_supports("avx2"))
-        return kForms;
-    return __builtin_cpu_supports("ssse3") ? std::span(kForms).last(1)
-                                           : std::span<const VectorForm>();
+    return FormsOfProcessor(kForms);
 }
 
 } // namespace tympan

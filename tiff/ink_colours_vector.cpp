@@ -1,5 +1,6 @@
 // Two sets of instructions, each with a function that takes whole rounds of pixels; a last round that
 // overlaps the one before takes the pixels that fill none.
+#include "core/vector_forms.h"
 #include "tiff/ink_colours.h"
 
 #if (defined(__x86_64__) || defined(__i386__)) && defined(__GNUC__)
@@ -119,10 +120,7 @@ constexpr InkColourForm kForms[] = {
 
 std::span<const InkColourForm> InkColourForms()
 {
-    if (__builtin_cpu_supports("avx2"))
-        return kForms;
-    return __builtin_cpu_supports("ssse3") ? std::span(kForms).last(1)
-                                           : std::span<const InkColourForm>();
+    return FormsOfProcessor(kForms);
 }
 
 } // namespace tympan

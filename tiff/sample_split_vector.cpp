@@ -1,5 +1,6 @@
 // Two sets of instructions, each with functions that take whole rounds of pixels; a last round that
 // overlaps the one before takes the pixels that fill none.
+#include "core/vector_forms.h"
 #include "tiff/sample_split.h"
 
 #if (defined(__x86_64__) || defined(__i386__)) && defined(__GNUC__)
@@ -178,10 +179,7 @@ constexpr SplitForm kForms[] = {
 
 std::span<const SplitForm> SplitForms()
 {
-    if (__builtin_cpu_supports("avx2"))
-        return kForms;
-    return __builtin_cpu_supports("ssse3") ? std::span(kForms).last(1)
-                                           : std::span<const SplitForm>();
+    return FormsOfProcessor(kForms);
 }
 
 } // namespace tympan
