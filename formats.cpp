@@ -17,11 +17,7 @@ Format TiffFormat();
 std::span<const Format> Formats()
 {
     static const std::array kFormats{
-        LwFormat(),
-        PageFormat(),
-        CtFormat(),
-        JpegFormat(),
-        TiffFormat(),
+        LwFormat(), PageFormat(), CtFormat(), JpegFormat(), TiffFormat(),
     };
     return kFormats;
 }

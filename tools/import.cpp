@@ -166,8 +166,8 @@ void ImportPicture(const ImportOptions& options)
 
 void AddImport(CLI::App& app)
 {
-    CLI::App* const command = app.add_subcommand(
-        "import", "Turn a JPEG, PNG or TIFF picture into a CT, LW or JPEG file");
+    CLI::App* const command =
+        app.add_subcommand("import", "Turn a JPEG, PNG or TIFF picture into a CT, LW or JPEG file");
     const auto options = std::make_shared<ImportOptions>();
     command->add_option("PICTURE", options->picture, "A JPEG, PNG or TIFF file")->required();
     command

@@ -276,8 +276,8 @@ void MakeSample(const Options& options)
 void AddSample(CLI::App& app)
 {
     const auto options = std::make_shared<Options>();
-    CLI::App& command = *app.add_subcommand(
-        "sample", "Make a job for trial: a picture of each format, and a page");
+    CLI::App& command =
+        *app.add_subcommand("sample", "Make a job for trial: a picture of each format, and a page");
     command.add_option("DIR", options->folder, "Where to make it")->required()->check(RefuseEmpty);
     command.add_option("--photo", options->photograph, "A JPEG, PNG or TIFF photograph")
         ->required();
