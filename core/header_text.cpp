@@ -87,6 +87,7 @@ double FloatFromText(std::string_view text)
         return 0.0;
     std::istringstream in{ std::string(number) };
     in.imbue(std::locale::classic());
+    in.exceptions(std::ios::badbit); // out of memory passes on, and isn't taken for no number
     double value = 0.0;
     in >> value;
     if (in.fail() && value != 0.0) // the stream holds what is out of range to the largest number

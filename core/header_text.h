@@ -12,6 +12,7 @@ std::string_view DecimalStart(std::string_view text);
 /// The decimal number at the start of `text`, white space before it passed over: an optional sign,
 /// digits with an optional point, an optional exponent. 0 when there is none; an infinity beyond
 /// the range. Ends at the first byte that can't belong to it, a terminator included.
+/// \throws std::bad_alloc.
 double FloatFromText(std::string_view text);
 
 /// The same for a whole number without point and exponent, held to the range of a 32-bit one.

@@ -11,6 +11,7 @@
 namespace tympan {
 struct CtLayout;
 struct Format;
+/// The format's row of the list that the factory walks; for the library alone.
 Format CtFormat();
 } // namespace tympan
 
@@ -38,8 +39,10 @@ class TYMPAN_API CtFileInterface : public PictureFileInterface {
     /// width, `BitsPerSample` 8 for each separation.
     /// \return false, with `ObjectStatus` false: for a file that can't be opened or whose header is
     ///   refused, with the file closed, and 90001 and "CT File Interface:\n:Error Opening file,
-    ///   aborting!" if the object had failed before; for a file failure, 90001; for a row that no
-    ///   memory can be had for, or that is larger than 16 MiB and the file.
+    ///   aborting!" if the object had failed before; for a file failure and for memory that runs
+    ///   out while the header is read, 90001; for a row that no memory can be had for, or that is
+    ///   larger than 16 MiB and the file, without a code. A `fileError` that the base would throw
+    ///   ends here as a file failure, destroyed if it was made with `new`.
     bool OpenPictureFile(const CString& fileName, bool inputFile, bool reopen,
                          CFileException* fileError) override;
 
@@ -79,9 +82,9 @@ class TYMPAN_API CtFileInterface : public PictureFileInterface {
                                  ColorSeparationType separation, unsigned long bufferSize,
                                  bool wrap) override;
 
-    /// Writes as many bytes of `data` as the picture is wide. `size` has no effect. A separation
-    /// that the record doesn't hold writes nothing.
-    /// \throws CFileException* of a write that failed.
+    /// Writes as many bytes of `data` as the picture is wide, at the row's place. `size` has no
+    /// effect. A separation that the record doesn't hold writes nothing.
+    /// \throws CFileException* of a write that failed, or of a file that isn't open for writing.
     virtual void SavePictureRow(const unsigned char* const data, unsigned int row,
                                 ColorSeparationType separation, unsigned long size);
     /// @}
@@ -89,8 +92,9 @@ class TYMPAN_API CtFileInterface : public PictureFileInterface {
     /// \name Drawing into a device context
     /// `firstRow` and `lastRow` are both drawn; the pixel of column x in row y goes to the point
     /// (x, y) of the context, which moves and clips it. Rows and separations that the file doesn't
-    /// hold are no ink. Rows that the context can't show aren't read. A failure ends the drawing and
-    /// leaves 90034 for a corrupted file, else 90030 and "CTInterface: Error Extracting CT RawBuffer, aborting!".
+    /// hold are no ink. Rows that the context can't show aren't read. A failure ends the drawing
+    /// and leaves 90034 for a corrupted file, else 90030 and "CTInterface: Error Extracting CT
+    /// RawBuffer, aborting!".
     /// @{
 
     /// All separations as one colour.
@@ -107,9 +111,9 @@ class TYMPAN_API CtFileInterface : public PictureFileInterface {
 
     /// Draws the picture into a device-independent bitmap.
     ///
-    /// With `bitmap` null, or naming a bitmap that is no more, a new one of the picture's size is
-    /// made, rows from the top down, and the whole picture drawn whatever rows were asked for. Else
-    /// the object's newest bitmap is filled again: row `firstRow` goes to the start of the pixel
+    /// With `bitmap` null, or naming a bitmap that is no more, and when the object's newest one is no
+    /// more, a new one of the picture's size is made, rows from the top down, and the whole picture
+    /// drawn whatever rows were asked for. Else the object's newest bitmap is filled again: row `firstRow` goes to the start of the pixel
     /// memory, and rows that would run past its end are left out. Failures while drawing are told
     /// as above; the bitmap is returned all the same.
     ///
@@ -142,7 +146,8 @@ class TYMPAN_API CtFileInterface : public PictureFileInterface {
     /// A palette of the tints of a plate in reversed order (index 0 is the tint of byte 255), which
     /// the colour table of `info` receives too. `info` has room for 2 to the power of its bit
     /// count.
-    /// \return a palette that the caller owns; null for a bit count that isn't 1 to 8.
+    /// \return a palette that the caller owns; null for a bit count that isn't 1 to 8, and when no
+    ///   palette can be had, with the colour table filled all the same.
     virtual HPALETTE CreateGrayScalePalette(BITMAPINFO* info, ColorSeparationType separation);
 
     /// A palette of corrected tints: index n - 1 - i gets the tint of n - 1 less the low byte of
@@ -157,9 +162,11 @@ class TYMPAN_API CtFileInterface : public PictureFileInterface {
     HPALETTE Palette() const { return previewPalette_; }
     /// @}
 
+    /// @{
     /// The record's sizes, cut to whole numbers.
     virtual unsigned long WidthInPixels() const;
     virtual unsigned long HeightInPixels() const;
+    /// @}
 
   private:
     friend CtFileInterface* create_ct_file_object(const CString& fileName, bool inputFile);
@@ -177,12 +184,14 @@ class TYMPAN_API CtFileInterface : public PictureFileInterface {
                              bool paletteIndexes, bool asGray);
     virtual void CleanAndClosePreview(HBITMAP bitmap);
 
+    /// \cond
     struct FreeLocal {
         void operator()(BITMAPINFO* info) const;
     };
     struct DeleteDrawing {
         void operator()(HGDIOBJ object) const;
     };
+    /// \endcond
     using Drawing = std::unique_ptr<void, DeleteDrawing>;
 
     tympan::CtLayout Layout() const;
@@ -204,7 +213,7 @@ class TYMPAN_API CtFileInterface : public PictureFileInterface {
     std::uint64_t heldAtOpening_ = 0;      // bytes of an input file
 };
 
-/// Makes a CT object and opens it, for reading or for writing a new file.
+/// Makes a CT object and opens it, for reading (`inputFile` true) or for writing a new file.
 /// \return an object that the caller destroys, also when the opening failed: see `ObjectStatus()`,
 ///   `TraceStatus()`, `ErrorMsg()`. Null when memory ran out.
 TYMPAN_API CtFileInterface* create_ct_file_object(const CString& fileName, bool inputFile);

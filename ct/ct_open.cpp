@@ -15,6 +15,7 @@ constexpr LONGLONG kSeparationCount = 1025; // one byte, then the two of the mas
 
 constexpr tympan::FailureRow kOpeningFailures[] = {
     { tympan::Caught::File, tympan::code::kFileFailed, nullptr },
+    { tympan::Caught::Memory, tympan::code::kFileFailed, nullptr },
 };
 
 constexpr tympan::FailureRow kNotOpened{ tympan::Caught::Anything, tympan::code::kFileFailed,

@@ -2,6 +2,7 @@
 #include "core/failure_guard.h"
 #include "ct/ct_file.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
@@ -30,6 +31,11 @@ PALETTEENTRY EntryOf(unsigned long colour)
 {
     const auto packed = static_cast<COLORREF>(colour);
     return { GetRValue(packed), GetGValue(packed), GetBValue(packed), 0 };
+}
+
+PALETTEENTRY EntryOfColour(const RGBQUAD& colour)
+{
+    return { colour.rgbRed, colour.rgbGreen, colour.rgbBlue, 0 };
 }
 
 bool IsSound(int bits)
@@ -68,15 +74,15 @@ HPALETTE CtFileInterface::CreateGrayScalePalette(BITMAPINFO* info, ColorSeparati
     if (info == nullptr || !IsSound(info->bmiHeader.biBitCount))
         return nullptr;
     const std::size_t colours = std::size_t{ 1 } << info->bmiHeader.biBitCount;
-    const PaletteMemory palette = NewPalette(colours);
-    if (palette == nullptr)
-        return nullptr;
     for (std::size_t i = 0; i < colours; ++i) {
         const PALETTEENTRY entry =
             EntryOf(CalculatePixelAsRGB(static_cast<unsigned char>(i), separation));
-        palette->palPalEntry[colours - 1 - i] = entry;
         info->bmiColors[colours - 1 - i] = { entry.peBlue, entry.peGreen, entry.peRed, 0 };
     }
+    const PaletteMemory palette = NewPalette(colours);
+    if (palette == nullptr)
+        return nullptr;
+    std::transform(info->bmiColors, info->bmiColors + colours, palette->palPalEntry, EntryOfColour);
     return CreatePalette(palette.get());
 }
 

@@ -1,6 +1,7 @@
 // Any bytes as an LW file that is opened as a whole, and as the side file beside it: asked
 // everything, and held to the answers of the object that reads rows.
 #include "fuzz/any_file.h"
+#include "fuzz/headed_file.h"
 #include "lw_variant/velmar_lw_file.h"
 #include "support/ask_lw.h"
 
@@ -150,15 +151,15 @@ void AskWhole(std::uint64_t fileLength)
 
 } // namespace
 
-// The last byte tells how many bytes before it are the side file.
+// The first byte tells how many bytes behind it are the side file.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    const std::size_t side = size == 0 ? 0 : std::min<std::size_t>(data[size - 1], size - 1);
-    const std::size_t picture = size == 0 ? 0 : size - 1 - side;
-    tympan::fuzz::WithFile(data, picture, [&] {
-        CFile(kSide, CFile::modeCreate | CFile::modeWrite)
-            .Write(data + picture, static_cast<UINT>(side));
-        AskWhole(picture);
+    tympan::fuzz::Drawn drawn(data, size);
+    const tympan::fuzz::Input side = drawn.Bytes(drawn.Byte());
+    const auto file = tympan::fuzz::HeadedFile(drawn.Rest());
+    tympan::fuzz::WithFile(file, [&](auto& files) {
+        tympan::fuzz::Put(files, kSide, side);
+        AskWhole(file.size());
     });
     return 0;
 }

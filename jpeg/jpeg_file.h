@@ -9,13 +9,12 @@
 #include "platform/export.h"
 
 #include <cstddef>
-#include <optional>
 
 namespace tympan {
 struct Format;
+/// The format's row of the list that the factory walks; for the library alone.
 Format JpegFormat();
-struct JpegIndex;
-TYMPAN_API std::optional<JpegIndex> IndexOf(const BasePictureIF& picture);
+struct JpegIndexAccess;
 } // namespace tympan
 
 /// A JPEG file (JFIF, baseline) and its index, the side file ".bin" that tells the file position of
@@ -34,6 +33,7 @@ TYMPAN_API std::optional<JpegIndex> IndexOf(const BasePictureIF& picture);
 /// or whose size 32 bits don't hold, counts as one that no buffer has room for.
 class TYMPAN_API JpegFileInterface : public PictureFileInterface {
   public:
+    /// Closes both files; an output's index is written then. Nothing is thrown.
     ~JpegFileInterface() override;
 
     /// Whether the file begins as a JPEG and has "JFIF" at offset 6; nothing else is looked at. A
@@ -43,8 +43,10 @@ class TYMPAN_API JpegFileInterface : public PictureFileInterface {
     /// Opens as `BasePictureIF` does, and then the side file: that of an input must be there. For
     /// an input the record's resolutions then are those of the sizes in units that the side file
     /// has (an infinity or no number for sizes of 0), `FileSizeUnitsFactor` its factor,
-    /// `BitsPerSample` 8 for each component, and `RowSize` the bytes of a row, brought to a
-    /// multiple of 4.
+    /// `BitsPerSample` 8 for each component, and `RowSize` the bytes of a row, as they are when
+    /// they are a multiple of 32, else the next multiple of 4 above them. The frame header has 16
+    /// bits for the height: `HeightInPixels` becomes 65535 higher as often as the size in units
+    /// times the factor and the resolution holds 65535 (the lowest 8 bits of that count).
     /// \return false, with `ObjectStatus` false: for an empty name, or a file that can't be opened,
     ///   without a code; with 90001 for a side file that can't be opened, an output that has the
     ///   side file's name, and a file failure; with 90040 and "General error!" for anything else, a
@@ -59,9 +61,12 @@ class TYMPAN_API JpegFileInterface : public PictureFileInterface {
     void Display(unsigned long firstRow, unsigned long lastRow, CDC& dc) override;
     using BasePictureIF::Display;
 
-    /// The object's file, for a client that writes the stream or reads its head.
+    /// @{
+    /// The object's file, for a client that writes the stream or reads its head. It holds as long
+    /// as the object.
     CFile* JpegFileHandle() { return &FileHandle(); }
     const CFile* JpegFileHandle() const { return &FileHandle(); }
+    /// @}
 
     /// \name Bands of rows
     /// @{
@@ -79,8 +84,8 @@ class TYMPAN_API JpegFileInterface : public PictureFileInterface {
     /// The bands of the rows from `firstRow` to `lastRow`, both included, in a new object that the
     /// caller destroys. With `wrap`, a first band behind the last runs over the end of the index.
     /// `separation` has no effect.
-    /// \return null with 90001 for a file failure, and for a buffer that can't be had or is above
-    ///   16 MiB and longer than the file; with 90062 for a first band behind the last without
+    /// \return null with 90001 for a file failure, when memory runs out, and for a buffer that is
+    ///   above 16 MiB and longer than the file; with 90062 for a first band behind the last without
     ///   `wrap`; with 90063 for a band that isn't in the index. From then on every object comes
     ///   with 90062 in its own `TraceStatus`, and no bands.
     /// \throws ReadFileException* for a band that has no size ("Given buffer is too small! The
@@ -97,8 +102,8 @@ class TYMPAN_API JpegFileInterface : public PictureFileInterface {
     ///   more than there are bands; may be null.
     /// \return the bytes stored. 0, and nothing changed, for a null `buffer` or a `bufferSize` of
     ///   0, and without `wrap` for a single row with `offsets`, several rows without, and a first
-    ///   row above the last. 0 with 90001 for a file failure. The bytes up to there, without the
-    ///   closing 0, with 90062 for a band that isn't in the index.
+    ///   row above the last. 0 with 90001 for a file failure and when memory runs out. The bytes up
+    ///   to there, without the closing 0, with 90062 for a band that isn't in the index.
     /// \throws IllegalSeparationException* for a separation of 4 or more, before anything else;
     ///   ReadFileException* for a band that `buffer` has no room for or that has no size ("Given
     ///   buffer is too small! The reading is stopped!"), of which nothing is read, and for one that
@@ -120,7 +125,8 @@ class TYMPAN_API JpegFileInterface : public PictureFileInterface {
     /// caller releases with `delete[]`.
     /// \param table receives the array; null when the head has no such segment, or no memory could
     ///   be had.
-    /// \return its bytes, also when no memory could be had; 0 without a segment.
+    /// \return its bytes, also when no memory could be had; 0 without a segment, and when the
+    ///   opening couldn't read it, which nothing else tells.
     virtual unsigned short RetrieveQuantizationTable(unsigned char*& table) const;
 
     /// The payloads of the first two Huffman segments, each without its first byte, one behind the
@@ -159,8 +165,8 @@ class TYMPAN_API JpegFileInterface : public PictureFileInterface {
 
     /// The file positions of the first byte of the first row's band and of the last byte of the
     /// last row's, which enclose those of the rows between them.
-    /// \return false with 90062, and the outputs as they were, for a band that isn't in the index
-    ///   or a first one behind the last.
+    /// \return false, and the outputs as they were: with 90062 for a band that isn't in the index
+    ///   or a first one behind the last, with 90001 when memory runs out.
     virtual bool GetCompressedBlocksOffsetInfo(unsigned int firstRow, unsigned int lastRow,
                                                unsigned long& startOffset,
                                                unsigned long& endOffset);
@@ -182,13 +188,16 @@ class TYMPAN_API JpegFileInterface : public PictureFileInterface {
 
     /// Opens the index of the open file by the last part of its path. \throws as the index does.
     void OpenCompressedBlocksInfoFile();
+    /// @{
+    /// The index, the object's own.
     const JpegCompBlocksInfo& CompressedBlocksInfo() const { return compressedBlocksInfo_; }
     JpegCompBlocksInfo& CompressedBlocksInfo() { return compressedBlocksInfo_; }
+    /// @}
 
   private:
     friend JpegFileInterface* create_jpeg_file_object(const CString& fileName, bool inputFile);
     friend tympan::Format tympan::JpegFormat();
-    friend std::optional<tympan::JpegIndex> tympan::IndexOf(const BasePictureIF& picture);
+    friend struct tympan::JpegIndexAccess;
 
     struct Fetch;
 
@@ -204,7 +213,8 @@ class TYMPAN_API JpegFileInterface : public PictureFileInterface {
     JpegCompBlocksInfo compressedBlocksInfo_;
 };
 
-/// A new object that is opened on a file, as input or for a new output; the caller destroys it.
-/// Look at its `ObjectStatus()`.
-/// \return null when the object can't be had, or its opening threw a file failure.
+/// Makes a JPEG object and opens it with its side file, for reading (`inputFile` true) or for writing
+/// new ones.
+/// \return an object that the caller destroys, also when the opening failed: see `ObjectStatus()`,
+///   `TraceStatus()`, `ErrorMsg()`. Null when memory ran out.
 TYMPAN_API JpegFileInterface* create_jpeg_file_object(const CString& fileName, bool inputFile);

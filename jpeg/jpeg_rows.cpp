@@ -21,6 +21,7 @@ using tympan::FailureRow;
 constexpr FailureRow kFetchFailures[] = {
     { Caught::File, tympan::code::kFileFailed, nullptr },
     { Caught::OutOfRange, tympan::code::kBlockOutsideIndex, nullptr },
+    { Caught::Memory, tympan::code::kFileFailed, nullptr }, // for the failure object itself
 };
 
 constexpr FailureRow kObjectFailures[] = {
@@ -28,10 +29,12 @@ constexpr FailureRow kObjectFailures[] = {
     { Caught::OutOfRange, tympan::code::kBlockOutsideIndex, nullptr },
     { Caught::MemoryAlloc, tympan::code::kFileFailed, nullptr },
     { Caught::IllegalSize, tympan::code::kIllegalSize, nullptr },
+    { Caught::Memory, tympan::code::kFileFailed, nullptr },
 };
 
 constexpr FailureRow kOffsetFailures[] = {
     { Caught::OutOfRange, tympan::code::kBlockOutsideIndex, nullptr },
+    { Caught::Memory, tympan::code::kFileFailed, nullptr },
 };
 
 // Whether a buffer may be as large as the blocks of a file say.

@@ -42,7 +42,7 @@ struct PlacingCase {
     Lengths row;
     unsigned int copies;
     unsigned long gap;
-    std::size_t runs;   // of each row of the stream
+    unsigned long runs; // of each row of the stream
     Lengths front, end; // of each row
 };
 
@@ -258,6 +258,51 @@ TEST_F(LwObjects, OpenAgain)
     EXPECT_EQ(mine.m_cause, CFileException::fileNotFound);
 }
 
+// ---- for derived classes
+
+template <typename Failure, typename Work>
+std::string TextOfFailure(Work&& work)
+{
+    try {
+        work();
+    } catch (Failure* thrown) {
+        const std::unique_ptr<Failure> owned(thrown);
+        return owned->MessageText().GetString();
+    }
+    return {};
+}
+
+TEST_F(LwObjects, ReadTwoBytesAtATime)
+{
+    const LwPicture sample{ .colours = { { { 7, 7, 7, 7 }, 0xF0 } } };
+    files_.Put("sample.lw", AsText(sample.Bytes()));
+    OpenLw picture("sample.lw");
+    picture.FileHandle().Seek(picture.LwDataStartPosition(), CFile::begin);
+    unsigned char pair[] = { 9, 9 };
+    unsigned char copy[] = { 9, 9, 9 };
+    unsigned char* out = copy;
+    picture.CopyRowDelimiters(pair, out);
+    EXPECT_EQ(out, copy + 2);
+    EXPECT_EQ(Bytes(copy, copy + 3), (Bytes{ 0, 0, 9 }));
+    const auto check = [&] { picture.CheckRowDelimiters(pair); };
+    EXPECT_EQ(TextOfFailure<FileCorruptedException>(check), "Row delimiter missing!"); // a run
+    picture.FileHandle().Seek(-1, CFile::end);
+    EXPECT_EQ(TextOfFailure<ReadFileException>(check), "Could not read LW file!");
+
+    const int width = static_cast<int>(sample.width);
+    EXPECT_NO_THROW(picture.CheckRowIntegrity(width));
+    EXPECT_EQ(TextOfFailure<FileCorruptedException>([&] { picture.CheckRowIntegrity(width + 1); }),
+              "Bad row integrity!");
+
+    auto& record = dynamic_cast<LwPictureParameters&>(*picture.PictureParams());
+    record.SetTransparentColor(Cyan, 99);
+    picture.CalcTableTransparentColor();
+    EXPECT_NE(record.GetTransparentColor(Cyan), 99);
+    const std::unique_ptr<unsigned long long[]> places(picture.LwFileArray());
+    picture.LwFileArray(nullptr);
+    EXPECT_EQ(picture.LwFileArray(), nullptr);
+}
+
 // ---- writing
 
 TEST_F(LwObjects, GreyRowsBecomeRuns)
@@ -275,8 +320,9 @@ TEST_F(LwObjects, GreyRowsBecomeRuns)
     for (const auto& [pixels, bytes] : kGreys) {
         Bytes copy = pixels;
         CFile file("row", CFile::modeCreate | CFile::modeWrite);
-        EXPECT_EQ(picture.SetLWPictureRow(copy.data(), file, copy.size()),
-                  bytes.empty() ? 0 : bytes.size() / 2 - 2);
+        EXPECT_EQ(
+            picture.SetLWPictureRow(copy.data(), file, static_cast<unsigned long>(copy.size())),
+            bytes.empty() ? 0 : bytes.size() / 2 - 2);
         EXPECT_EQ(UnsignedBytes(files_.Contents("row")), bytes);
     }
     CFile file("row", CFile::modeCreate | CFile::modeWrite);

@@ -222,8 +222,12 @@ TEST(LwParameters, WhatIsNotInTheTablesIsHarmless)
     EXPECT_TRUE(record.IsColorIndexLegal(1));
     EXPECT_FALSE(record.IsColorIndexLegal(2));
 
+    record.SetTransparentColor(Yellow, 9);
+    EXPECT_EQ(record.GetTransparentColor(Yellow), 9);
+
     record.DestroyColorsTable();
-    record.DestroyTransparentColorTable();
+    for (int times = 0; times < 2; ++times)
+        record.DestroyTransparentColorTable();
     record.TransparentColorTableSize(300); // more than there are
     EXPECT_EQ(record.GetColor(0, Cyan), 255);
     EXPECT_FALSE(record.IsColorTransparent(0, Cyan));
@@ -310,6 +314,10 @@ TEST(LwParameters, ACopyHasATableOfZeros)
     PictureParameters common;
     EXPECT_EQ(assigned(&source), &source);
     EXPECT_EQ(assigned(&common), nullptr);
+    EXPECT_EQ(assigned(nullptr), nullptr);
+    const Record empty;
+    const Record emptyCopy(empty);
+    EXPECT_EQ(emptyCopy.ColorsTable(), nullptr);
 }
 
 TEST(LwParameters, TakesOverTables)
@@ -324,6 +332,9 @@ TEST(LwParameters, TakesOverTables)
     record.TransparentColorTableSize(1);
     EXPECT_TRUE(record.IsColorTransparent(1, Cyan));
     EXPECT_FALSE(record.IsColorTransparent(0, Cyan));
+    const std::unique_ptr<unsigned short[][4]> given(record.TransparentColorTable());
+    record.TransparentColorTable(nullptr);
+    EXPECT_FALSE(record.IsColorTransparent(1, Cyan));
     record.TransparentColor(Columns{ 1, 2, 3, 4 }.data());
     EXPECT_EQ(record.GetTransparentColor(Black), 4);
 }

@@ -14,6 +14,12 @@ struct HasNoColour {};
 
 constexpr char kAborting[] = "LWInterface: Error Extracting LineWork RawBuffer, aborting!";
 
+// A number as a call gives it.
+unsigned long Long(std::uint64_t number)
+{
+    return static_cast<unsigned long>(number);
+}
+
 // What a caller's buffer holds behind what was stored; more than the room, to see what steps over.
 void Pad(std::vector<unsigned char>& bytes, std::uint64_t room)
 {
@@ -235,7 +241,7 @@ LwAnswer LwReference::Row(const LwCall& call)
             decoded.bytes.push_back(pixels[static_cast<std::size_t>(std::min(place, width_ - 1))]);
             place += 1.0 / across;
         }
-        decoded.result = pixels.size();
+        decoded.result = Long(pixels.size());
     });
     Pad(answer.bytes, static_cast<std::uint64_t>(outputWidth));
     return answer;
@@ -246,7 +252,7 @@ LwAnswer LwReference::Rows(const LwCall& call)
     const auto width = static_cast<std::uint64_t>(width_);
     LwAnswer answer = Answered(90020, kAborting, [&](LwAnswer& decoded) {
         ForRows(call.first, call.last, [&](std::uint64_t) {
-            decoded.offsets.push_back(decoded.bytes.size());
+            decoded.offsets.push_back(Long(decoded.bytes.size()));
             CheckDelimiter();
             const std::uint64_t pixels = Walk([&](Pair run, std::uint64_t before) {
                 const auto count = std::min<std::uint64_t>(run.second, width - before);
@@ -256,7 +262,7 @@ LwAnswer LwReference::Rows(const LwCall& call)
             CheckIntegrity(pixels);
             ++decoded.rows;
         });
-        decoded.result = decoded.bytes.size();
+        decoded.result = Long(decoded.bytes.size());
     });
     if (answer.code == 90025)
         answer.rows = 0;
@@ -280,7 +286,7 @@ LwAnswer LwReference::Original(const LwCall& call)
             Append(copied.bytes, 0, 0, false);
             CheckIntegrity(pixels);
         });
-        copied.result = copied.bytes.size() / 2 - 2;
+        copied.result = Long(copied.bytes.size() / 2 - 2);
     });
     Pad(answer.bytes, 0);
     return answer;
@@ -293,7 +299,7 @@ LwAnswer LwReference::Plain(const LwCall& call)
             Append(out.bytes, value, length, call.flag);
         };
         ForRows(call.first, call.last + std::uint64_t{ 1 }, [&](std::uint64_t) {
-            out.offsets.push_back(out.bytes.size());
+            out.offsets.push_back(Long(out.bytes.size()));
             CheckDelimiter();
             append(0, 0);
             CheckIntegrity(Walk(
@@ -362,7 +368,7 @@ LwAnswer LwReference::Placing(const LwCall& call)
         };
         ForStreamRows(call, [&](std::uint64_t) {
             const std::uint64_t start = position_;
-            out.offsets.push_back(call.baseOffset + written);
+            out.offsets.push_back(Long(call.baseOffset + written));
             CheckDelimiter();
             Append(out.bytes, 0, 0, call.flag);
             white(Completion(call, 0));
@@ -394,7 +400,7 @@ LwAnswer LwReference::Placing(const LwCall& call)
         out.result = std::max<unsigned long>(call.first, call.last + 1UL);
     });
     if (isWhole_)
-        answer.result = written;
+        answer.result = Long(written);
     answer.moved = answer.bytes.size();
     answer.rows = static_cast<unsigned int>(answer.offsets.size());
     if (room.code == 0 && answer.moved > room.result)
@@ -423,7 +429,7 @@ LwAnswer LwReference::Counted(const LwCall& call)
             Walk([&](Pair, std::uint64_t) { bytes += 2; });
             total += call.copies * bytes + each;
         });
-        answer.result = total + 4;
+        answer.result = Long(total + 4);
     });
 }
 
@@ -438,7 +444,7 @@ LwAnswer LwReference::Size(const LwCall& call)
 LwAnswer LwReference::WholeSize(const LwCall&)
 {
     LwAnswer answer = Size({ .last = static_cast<unsigned int>(height_) - 1 });
-    answer.result = fileSize_;
+    answer.result = Long(fileSize_);
     return answer;
 }
 
@@ -488,6 +494,7 @@ LwAnswer LwReference::Crop(const LwCall& call)
     const auto put = [&](std::ptrdiff_t place, std::size_t count) {
         std::copy_n(text, count, out.begin() + place);
     };
+    out[1024] = 1; // inches, whatever the file has its sizes in
     PictureParameters::SizeToBuffer(inches_[0] * (height / height_), text);
     put(1028, 14);
     PictureParameters::SizeToBuffer(inches_[1] * (width / width_), text);

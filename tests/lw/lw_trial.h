@@ -27,7 +27,11 @@ class OpenLw : public LWFileInterface {
         OpenPictureFile(path, inputFile, false, nullptr);
     }
     using LWFileInterface::AddWhiteColsGap;
+    using LWFileInterface::CalcTableTransparentColor;
+    using LWFileInterface::CheckRowDelimiters;
+    using LWFileInterface::CheckRowIntegrity;
     using LWFileInterface::CompleteLineTo4096;
+    using LWFileInterface::CopyRowDelimiters;
     using LWFileInterface::ErrorMsg;
     using LWFileInterface::isTypeOf;
     using LWFileInterface::LwDataStartPosition;

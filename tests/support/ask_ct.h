@@ -12,16 +12,17 @@ namespace tympan::test {
 /// where it shouldn't.
 inline void AskEverything(CtFileInterface& picture)
 {
-    std::vector<unsigned char> buffer(4096);
+    constexpr unsigned long kSize = 4096;
+    std::vector<unsigned char> buffer(kSize);
     unsigned int rowsInfo = 0;
     unsigned long offsets[8] = {};
     for (const unsigned int row : { 0U, 2U, 2147483647U, 4294967295U })
         for (const int separation : { 0, 3, 4, 6, -1 }) {
             const auto type = static_cast<ColorSeparationType>(separation);
             picture.GetPictureRow(buffer.data(), row, type, picture.ResolutionOnScanAxis(),
-                                  picture.ResolutionOnXScanAxis(), buffer.size());
-            picture.GetPictureRows(buffer.data(), row, row + 8, rowsInfo, offsets, type,
-                                   buffer.size(), false);
+                                  picture.ResolutionOnXScanAxis(), kSize);
+            picture.GetPictureRows(buffer.data(), row, row + 8, rowsInfo, offsets, type, kSize,
+                                   false);
             picture.ExtractCMYKPixelInfo(row, row);
         }
     Canvas canvas(16, 16);

@@ -26,8 +26,9 @@ void AskOrStop(Work&& work)
 /// where it shouldn't.
 inline void AskEverything(JpegFileInterface& picture)
 {
-    std::vector<unsigned char> buffer(700);
-    std::vector<unsigned long> offsets(buffer.size() + 1);
+    constexpr unsigned long kSize = 700;
+    std::vector<unsigned char> buffer(kSize);
+    std::vector<unsigned long> offsets(kSize + 1);
     unsigned int rowsInfo = 0;
     unsigned long start = 0, end = 0;
     const unsigned int rows[] = { 0U, 26U, 4294967295U };
@@ -36,13 +37,13 @@ inline void AskEverything(JpegFileInterface& picture)
             for (const bool wrap : { false, true }) {
                 AskOrStop([&] {
                     picture.GetPictureRows(buffer.data(), first, last, rowsInfo, offsets.data(),
-                                           Cyan, buffer.size(), wrap);
+                                           Cyan, kSize, wrap);
                 });
                 AskOrStop([&] {
                     const std::unique_ptr<PictureRowsData> object(
                         picture.GetPictureRows(Cyan, first, last, wrap));
                 });
-                AskOrStop([&] { picture.GetPictureRow(buffer.data(), first, Black, 1, 1, 700); });
+                AskOrStop([&] { picture.GetPictureRow(buffer.data(), first, Black, 1, 1, kSize); });
                 picture.GetCompressedBlocksOffsetInfo(first, last, start, end);
             }
     Canvas canvas(4, 4);

@@ -6,27 +6,17 @@
 #include "lw/lw_file.h"
 #include "platform/file.h"
 #include "support/canvas.h"
+#include "support/require.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <memory>
 #include <string>
 #include <vector>
 
 namespace tympan::test {
-
-/// Ends the program when a claim doesn't hold, in a fuzz target as in a test.
-inline void Require(bool holds, const char* claim)
-{
-    if (holds)
-        return;
-    std::fprintf(stderr, "Not so: %s\n", claim);
-    std::abort();
-}
 
 /// Asks all that an LW object answers, with buffers of the very sizes that it tells. Whatever the
 /// file is, nothing may crash, hang, or read or write where it shouldn't. Of a file whose rows are
@@ -167,8 +157,8 @@ class LwQuestions {
             return;
         const double across = picture_.ResolutionOnScanAxis();
         const double down = picture_.ResolutionOnXScanAxis();
-        const unsigned long pixels =
-            picture_.GetPictureRow(room.get(), row, separation_, across * ratio, down, size);
+        const unsigned long pixels = picture_.GetPictureRow(
+            room.get(), row, separation_, across * ratio, down, static_cast<unsigned long>(size));
         const bool hasResolution =
             std::isfinite(across * 2.0) && std::isfinite(down) && across > 0.0 && down > 0.0;
         if (!areSound_ || !hasResolution)

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "tiff/tiff_file.h"
+#include "tympan/inspect.h"
 
 #include <vector>
 
