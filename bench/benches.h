@@ -35,4 +35,8 @@ void RegisterTiff(const std::string& folder);
 /// Makes files of its own in `folder`.
 void RegisterTiffIt(const Source<BigPicture>& picture, const std::string& folder);
 
+/// Growth: files of each format made of as many small pieces as their bytes hold, against files of a
+/// quarter of them. Makes files of its own in `folder`.
+void RegisterGrowth(const std::string& folder);
+
 } // namespace tympan::bench

@@ -45,6 +45,7 @@ void RegisterAll(const tympan::test::TemporaryFolder& folder)
     tympan::bench::RegisterJpeg(folder.Path(""));
     tympan::bench::RegisterTiff(folder.Path(""));
     tympan::bench::RegisterTiffIt(large, folder.Path(""));
+    tympan::bench::RegisterGrowth(folder.Path(""));
 }
 
 } // namespace
