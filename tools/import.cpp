@@ -156,11 +156,10 @@ void ImportPicture(const ImportOptions& options)
     Guard(options.output, [&] {
         OutputFile output(options.output, options.picture, EndingOf(options.output));
         const std::unique_ptr<OutputFile> side = BeginSideFile(target, options, output);
+        job.side = side.get();
         const unsigned int separations = target.write(job, output);
         RequireReadsBack(output, target.format, job, separations);
-        if (side != nullptr)
-            side->Commit();
-        output.Commit();
+        OutputFile::CommitTogether({ side.get(), &output });
     });
 }
 

@@ -30,6 +30,7 @@ struct ImportJob {
     std::optional<int> quality;            ///< of a JPEG file, 1 to 100, when it was asked for
     PixelsPerInch resolution{};            ///< what the file is to say
     std::unique_ptr<PictureSource> source; ///< open, at its first row
+    const OutputFile* side = nullptr;      ///< of a JPEG's index
 
     const SourceForm& Form() const { return source->Form(); }
 };

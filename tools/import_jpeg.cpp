@@ -4,6 +4,7 @@
 #include "import_job.h"
 #include "jpeg_bands.h"
 #include "jpeg_coefficients.h"
+#include "jpeg_side_file.h"
 #include "jpeg_stream_writer.h"
 #include "names.h"
 #include "picture.h"
@@ -201,6 +202,7 @@ unsigned int WriteJpeg(ImportJob& job, const OutputFile& output)
         Warn(job.picture, "is decoded and encoded anew, which loses a little: " + why);
     if (!why.empty())
         Encoding(job, output).Run();
+    RequireWritten(*job.side, job.Form().height);
     RequireDecodable(output);
     return static_cast<unsigned int>(SamplesPerPixel(job.Form().kind));
 }

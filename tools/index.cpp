@@ -62,7 +62,7 @@ void MakeSideFile(const std::string& path, const OutputFile& output)
     const std::string& temporary = output.WritingPath();
     CString name((temporary.substr(0, temporary.rfind('.')) + ".lw").c_str());
     bool isSound = false;
-    whole->CreateLwBinFile(name, false, isSound);
+    Guard(output.Path(), [&] { whole->CreateLwBinFile(name, false, isSound); });
     if (!isSound || whole->TraceStatus() != 0)
         throw FileFailure(path, "the rows are not sound", whole->TraceStatus(), kCheckAdvice);
 }

@@ -251,15 +251,6 @@ void WriteSideFile(const OutputFile& side, const jpeg_decompress_struct& jpeg,
                              jpeg.image_width / resolution.x, jpeg.image_height, jpeg.image_width);
 }
 
-// A side file that couldn't be written is left empty.
-void RequireWritten(const OutputFile& side, std::size_t lines)
-{
-    constexpr std::size_t kHeadBytes = 256;
-    if (std::filesystem::file_size(side.WritingPath()) !=
-        kHeadBytes + lines * sizeof(CompressedLine))
-        throw FileFailure(side.Path(), "the side file can't be written");
-}
-
 void RequirePlaces(const std::string& path)
 {
     if (std::filesystem::file_size(path) > std::numeric_limits<std::uint32_t>::max())

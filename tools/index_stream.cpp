@@ -128,9 +128,7 @@ void StreamIndexes(const Picture& picture, const StreamOptions& options)
         offsets.Write(offset);
     file.Finish();
     offsets.Finish();
-    if (lut)
-        lut->Commit();
-    output.Commit();
+    OutputFile::CommitTogether({ offsets.Output(), lut ? &*lut : nullptr, &output });
 }
 
 } // namespace tympan::tool

@@ -2,14 +2,17 @@
 
 #include "failure.h"
 #include "picture_source.h"
+#include "plain_file.h"
 
 #include <tympan/tympan.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <string_view>
 #include <system_error>
+#include <vector>
 
 namespace tympan::tool {
 
@@ -49,6 +52,16 @@ void RequireNoOtherSideFile(const std::string& sidePath)
         throw FileFailure(sidePath, "is no side file of a JPEG, and is left as it is", {},
                           "Line work of the same name has such a one: rename one of the two "
                           "pictures, or remove it.");
+}
+
+void RequireWritten(const OutputFile& side, std::size_t bands)
+{
+    if (std::filesystem::file_size(side.WritingPath()) != 0)
+        return;
+    PlainFile tried(side);
+    tried.Write(std::vector<std::uint8_t>(kHeadBytes + bands * sizeof(CompressedLine)));
+    tried.Finish();
+    throw FileFailure(side.Path(), "the side file can't be written");
 }
 
 } // namespace tympan::tool

@@ -18,10 +18,8 @@ void OffsetsFile::Write(std::uint64_t offset)
 
 void OffsetsFile::Finish()
 {
-    if (!file_)
-        return;
-    file_->Finish();
-    output_->Commit();
+    if (file_)
+        file_->Finish();
 }
 
 } // namespace tympan::tool

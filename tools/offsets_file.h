@@ -17,8 +17,10 @@ class OffsetsFile {
     OffsetsFile(const std::string& path, const std::string& input);
 
     void Write(std::uint64_t offset);
-    /// Gives the file its name.
+    /// Closes the file, which has its name yet to take.
     void Finish();
+    /// What takes the name; null for an empty path.
+    OutputFile* Output() { return output_ ? &*output_ : nullptr; }
 
   private:
     std::optional<OutputFile> output_;

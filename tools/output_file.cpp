@@ -203,7 +203,21 @@ OutputFile::~OutputFile()
 
 void OutputFile::Commit()
 {
-    Synchronise(writingPath_, path_);
+    CommitTogether({ this });
+}
+
+void OutputFile::CommitTogether(std::initializer_list<OutputFile*> outputs)
+{
+    for (const OutputFile* const output : outputs)
+        if (output != nullptr)
+            Synchronise(output->writingPath_, output->path_);
+    for (OutputFile* const output : outputs)
+        if (output != nullptr)
+            output->Rename();
+}
+
+void OutputFile::Rename()
+{
     {
         const SignalsHeld held;
         if (std::rename(writingPath_.c_str(), target_.c_str()) != 0)

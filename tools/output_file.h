@@ -1,6 +1,7 @@
 // Outputs are written beside their place and take their name when they are whole.
 #pragma once
 
+#include <initializer_list>
 #include <string>
 
 namespace tympan::tool {
@@ -33,9 +34,14 @@ class OutputFile {
     /// Brings the bytes to the disk and renames. All who wrote must have closed the file.
     /// \throws FileFailure; the output's name is then as it was before.
     void Commit();
+    /// The same for outputs that belong together: none takes its name before all are on the disk.
+    /// \param outputs null stands for one that wasn't asked for
+    /// \throws FileFailure of the first that fails.
+    static void CommitTogether(std::initializer_list<OutputFile*> outputs);
 
   private:
     bool MakeTemporary();
+    void Rename();
 
     std::string path_;
     std::string target_; // the path behind symbolic links

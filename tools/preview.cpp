@@ -137,7 +137,8 @@ void WritePreview(const Picture& picture, const PreviewOptions& options,
         png.Write(pngRow);
     });
     Progress progress("Drawing " + picture.Path(), shown.height);
-    const GiveRows give = plate ? Plate(picture, rows, *plate) : ShownRows(picture, rows);
+    const GiveRows give =
+        plate ? HeldToItsRows(picture, Plate(picture, rows, *plate)) : ShownRows(picture, rows);
     give([&](std::uint32_t row, std::uint32_t column, std::span<const std::uint8_t> pixels) {
         average.Add(row - rows.first, column, pixels);
         progress.Advance(column == 0 ? 1 : 0);

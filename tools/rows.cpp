@@ -229,6 +229,7 @@ void Rows(const RowsOptions& options)
     const auto writer = MakeGreyFile(ending, output, source->Form());
     source->WriteTo(*writer);
     writer->Finish();
+    RequireRows(picture, rows.end); // it may have been cut short meanwhile
     output.Commit();
 }
 

@@ -113,7 +113,20 @@ GiveRows ShownRows(const Picture& picture, RowRange rows)
         return Coloured(picture, rows);
     if (picture.IsTiffIt())
         return DrawnWhole(picture, rows);
-    return picture.AsJpeg() != nullptr ? Decoded(picture, rows) : Composite(picture, rows);
+    if (picture.AsJpeg() != nullptr)
+        return Decoded(picture, rows);
+    return HeldToItsRows(picture, Composite(picture, rows));
+}
+
+GiveRows HeldToItsRows(const Picture& picture, GiveRows give)
+{
+    return [&picture, give = std::move(give)](const TakePixels& take) {
+        const std::optional<std::uint32_t> before = FirstMissingRow(picture);
+        give(take);
+        const std::optional<std::uint32_t> now = FirstMissingRow(picture);
+        if (now && now != before)
+            throw MissingRowFailure(picture.Path(), *now, picture.Height());
+    };
 }
 
 void RequireMemory(const Picture& picture, RowRange rows, std::uint64_t most,

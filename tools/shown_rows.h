@@ -27,6 +27,11 @@ using GiveRows = std::function<void(const TakePixels& take)>;
 /// \throws FileFailure, when they are given, naming a row that can't be read.
 GiveRows ShownRows(const Picture& picture, RowRange rows);
 
+/// The same rows, held to what the picture had when the first was asked for: a CT may be cut short
+/// while it is open, and the library leaves rows that it doesn't hold as they were.
+/// \throws FileFailure, behind the last row, when the picture holds fewer rows by then.
+GiveRows HeldToItsRows(const Picture& picture, GiveRows give);
+
 /// Refuses what takes more memory than is allowed: TIFF/IT is drawn as a whole.
 void RequireMemory(const Picture& picture, RowRange rows, std::uint64_t most,
                    const std::string& advice);

@@ -194,7 +194,7 @@ void StreamSeparation(const Picture& picture, const StreamOptions& options)
     WriteStream(picture, stream, file, offsets);
     file.Finish();
     offsets.Finish();
-    output.Commit();
+    OutputFile::CommitTogether({ offsets.Output(), &output });
 }
 
 void Stream(const StreamOptions& options)

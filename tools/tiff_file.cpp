@@ -28,7 +28,10 @@ TiffFile::TiffFile(const std::string& path, const char* mode, std::string shownP
         throw std::bad_alloc();
     TIFFOpenOptionsSetErrorHandlerExtR(options.get(), KeepError, this);
     TIFFOpenOptionsSetWarningHandlerExtR(options.get(), DropWarning, nullptr);
+    errno = 0;
     handle_ = TIFFOpenExt(path.c_str(), mode, options.get());
+    if (handle_ == nullptr && mode[0] == 'w')
+        FailWriting(); // the file is there: its header can't be written
     if (handle_ == nullptr)
         Fail("the TIFF file can't be opened");
 }

@@ -1,17 +1,16 @@
 // What all subcommands have in common: exit statuses, messages, and outputs that are whole or none.
 #include "tools/command_runner.h"
 #include "tools/ct_pictures.h"
+#include "tools/endless_pictures.h"
 #include "tools/lw_pictures.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <sstream>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace {
@@ -171,25 +170,6 @@ TEST(Frame, FullStandardOutputIsAFailure)
         RunProgram("sh", { "-c", R"("$0" info "$1" > /dev/full)", CommandPath(), folder / "a.ct" });
     EXPECT_EQ(outcome.status, 1);
     EXPECT_THAT(outcome.err, HasSubstr("No space left"));
-}
-
-// A picture that takes far longer to preview than the test looks on.
-void WriteEndlessCt(const std::string& path)
-{
-    constexpr std::uint32_t kSide = 30000;
-    const CtPicture picture{ kSide, kSide, 4, 300.0, 300.0, {} };
-    WriteFile(path, picture.Header());
-    std::filesystem::resize_file(path, 2048 + std::uintmax_t{ kSide } * kSide * 4);
-}
-
-bool WaitForEntries(const TemporaryFolder& folder, std::size_t count)
-{
-    for (int tries = 0; tries < 1000; ++tries) {
-        if (folder.Entries() == count)
-            return true;
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    return false;
 }
 
 TEST(Frame, EndingSignalsLeaveNothingBehind)

@@ -483,7 +483,7 @@ TEST_F(ImportJpeg, LeavesNothingWhenTheDiskIsFull)
     const std::string index = ReadFile(side_);
     const Outcome outcome = RunCommand({ "index", out_ }, { .fileSize = 300 });
     EXPECT_EQ(outcome.status, 1);
-    EXPECT_THAT(outcome.err, HasSubstr("out.bin: the side file can't be written"));
+    EXPECT_THAT(outcome.err, HasSubstr("out.bin: File too large"));
     EXPECT_TRUE(ReadFile(side_) == index);
     EXPECT_EQ(folder_.Entries(), 3U);
 }
