@@ -10,7 +10,8 @@ set(TYMPAN_STAGED_HEADERS "${PROJECT_BINARY_DIR}/include/tympan-1")
 set(TYMPAN_INSTALLED_HEADERS "${CMAKE_INSTALL_INCLUDEDIR}/tympan-1")
 
 add_library(tympan_objects OBJECT)
-target_compile_definitions(tympan_objects PRIVATE TYMPAN_BUILDING)
+# Whoever links the objects has the library within: on Windows nothing of it is to be imported.
+target_compile_definitions(tympan_objects PUBLIC TYMPAN_BUILDING)
 set_target_properties(tympan_objects PROPERTIES POSITION_INDEPENDENT_CODE ON)
 target_include_directories(tympan_objects PUBLIC "${PROJECT_SOURCE_DIR}" "${PROJECT_BINARY_DIR}/generated")
 if(TYMPAN_BLOCK_SIZE)

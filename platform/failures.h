@@ -18,35 +18,54 @@
 class TYMPAN_API CException {
   public:
     CException() noexcept = default;
+    /// @{
+    /// A base holds nothing; a derived class copies its members. The copy's memory is its own.
     CException(const CException&) = default;
     CException& operator=(const CException&) = default;
+    /// @}
     virtual ~CException();
 
     /// Destroys an object that was made with `new`; leaves any other alone.
     void Delete() noexcept;
 
     /// Puts a text for a person into `buffer`, ended by a terminator within its `size` bytes. The
-    /// name in a text that is too long is shortened from its front, so that the reason stays.
+    /// name in a text that is too long is shortened from its front, so that the reason stays. The
+    /// base has no text.
     /// \param helpContext set to 0 when given: there is no help to open.
     /// \return FALSE, and an empty text, when there is none to tell or no room for any.
     virtual BOOL GetErrorMessage(char* buffer, UINT size, UINT* helpContext = nullptr) const;
 
+    /// \name Memory
+    /// The language's own, with the list of addresses that `Delete()` asks.
+    /// @{
+
+    /// \throws std::bad_alloc.
     static void* operator new(std::size_t size);
+    /// Null without memory.
     static void* operator new(std::size_t size, const std::nothrow_t& tag) noexcept;
+    /// In memory of the caller's; not on the list.
     static void* operator new(std::size_t, void* place) noexcept { return place; }
+    /// Frees the memory and takes it off the list.
     static void operator delete(void* block) noexcept;
+    /// As the one without a tag.
     static void operator delete(void* block, const std::nothrow_t& tag) noexcept;
+    /// Does nothing: the memory is the caller's.
     static void operator delete(void*, void*) noexcept {}
+    /// @}
 };
 
 /// Memory that could not be had.
 class TYMPAN_API CMemoryException : public CException {
   public:
     CMemoryException() noexcept = default;
+    /// @{
+    /// As of the base.
     CMemoryException(const CMemoryException&) = default;
     CMemoryException& operator=(const CMemoryException&) = default;
+    /// @}
     ~CMemoryException() override;
 
+    /// As the base; the text is "There is not enough memory.".
     BOOL GetErrorMessage(char* buffer, UINT size, UINT* helpContext = nullptr) const override;
 };
 
@@ -73,13 +92,18 @@ class TYMPAN_API CFileException : public CException {
         endOfFile = 14
     };
 
+    /// \param cause one of the causes above.
     /// \param osError the system's own number for the failure (`errno`), -1 for none.
     /// \param fileName the file's name as it was given to the operation; null for none.
     explicit CFileException(int cause = none, LONG osError = -1, const char* fileName = nullptr);
+    /// @{
+    /// Copies cause, system's number and name. \throws std::bad_alloc.
     CFileException(const CFileException&) = default;
     CFileException& operator=(const CFileException&) = default;
+    /// @}
     ~CFileException() override;
 
+    /// As the base; the text tells the cause and the file's name, or "(unnamed)".
     BOOL GetErrorMessage(char* buffer, UINT size, UINT* helpContext = nullptr) const override;
 
     /// The cause that an `errno` value stands for; 0 is `none`, and a value without a cause of its
@@ -88,13 +112,15 @@ class TYMPAN_API CFileException : public CException {
     /// The same for a system's number as m_lOsError holds it.
     static int OsErrorToException(LONG osError) noexcept;
 
-    /// Throw a `CFileException*` made with `new`, its cause found by the functions above.
+    /// @{
+    /// Throws a `CFileException*` made with `new`, its cause found by the functions above.
     [[noreturn]] static void ThrowErrno(int error, const char* fileName = nullptr);
     [[noreturn]] static void ThrowOsError(LONG osError, const char* fileName = nullptr);
+    /// @}
 
-    int m_cause;
-    LONG m_lOsError;
-    CString m_strFileName;
+    int m_cause;           ///< one of the causes above
+    LONG m_lOsError;       ///< the system's own number for the failure; -1 for none
+    CString m_strFileName; ///< the file's name as it was given to the operation; may be empty
 };
 
 /// Throws a `CFileException*` made with `new`; the arguments are those of its constructor.

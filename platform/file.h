@@ -36,7 +36,7 @@ class TYMPAN_API CFile {
     static constexpr int hFileNull = -1;
 
     CFile() noexcept = default;
-    /// Opens the file; a failure is thrown.
+    /// Opens the file as Open() does; a failure is thrown. \throws CFileException*.
     CFile(const char* path, UINT flags);
     CFile(const CFile&) = delete;
     CFile& operator=(const CFile&) = delete;
@@ -47,43 +47,54 @@ class TYMPAN_API CFile {
     /// closed when the opening fails. What is opened to be read must be a plain file: a directory,
     /// a device or a pipe is refused as `accessDenied`, at once. Only a device may be opened to be
     /// written beside a plain file.
-    /// \param path asks the path resolver (platform/path_resolver.h) for the file's true path.
+    /// \param path the path resolver (platform/path_resolver.h) is asked for the file's true path.
+    /// \param flags one mode, with `modeCreate` and others joined by `|`. A mode that there isn't
+    ///   is refused as `hardIO`.
     /// \param error filled on failure when given: cause, system's number and the path as given.
     /// \return TRUE, or FALSE on failure; nothing is thrown for a file that can't be opened.
     virtual BOOL Open(const char* path, UINT flags, CFileException* error = nullptr);
 
     /// Reads from the position on, and moves it by the count read.
     /// \return the count read, less than `count` only at the end of the file.
+    /// \throws CFileException*.
     virtual UINT Read(void* buffer, UINT count);
 
     /// Writes at the position, and moves it behind what was written. A failed write leaves the
-    /// position where it was.
+    /// position where it was. Bytes between the end of the file and the position become zeros.
+    /// \throws CFileException*.
     virtual void Write(const void* buffer, UINT count);
 
-    /// Sets the position, which may lie behind the end of the file. A place before the file's begin
-    /// or beyond 64 bits throws `badSeek` and leaves the position where it was.
+    /// Sets the position, which may lie behind the end of the file.
+    /// \param offset bytes, from the place that `from` names: `begin`, `current` or `end`.
     /// \return the new position.
+    /// \throws CFileException* with the cause `badSeek` for another `from` and for a place before
+    ///   the file's begin or beyond 63 bits; the position stays where it was.
     virtual ULONGLONG Seek(LONGLONG offset, UINT from);
+    /// Sets the position to 0.
     void SeekToBegin() { Seek(0, begin); }
-    /// \return the file's length.
+    /// Sets the position to the end of the file. \return the file's length.
     ULONGLONG SeekToEnd() { return Seek(0, end); }
 
+    /// Where the next read or write begins. \throws CFileException* when no file is open.
     virtual ULONGLONG GetPosition() const;
+    /// The bytes of the file, asked of the system each time. \throws CFileException*.
     virtual ULONGLONG GetLength() const;
 
-    /// Cuts the file, or makes it longer by zeros. The position stays.
+    /// Cuts the file, or makes it longer by zeros. The position stays. \throws CFileException*.
     virtual void SetLength(ULONGLONG length);
 
     /// Has the system bring to the disk what was written; nothing for a file opened to be read.
+    /// \throws CFileException*.
     virtual void Flush();
 
     /// Closes the file; nothing when none is open. The object is closed even when this throws.
+    /// \throws CFileException*.
     virtual void Close();
 
-    /// Removes a file. Asks the path resolver, as opening does.
+    /// Removes a file. Asks the path resolver, as opening does. \throws CFileException*.
     static void Remove(const char* path);
     /// Renames a file; refused as `accessDenied` when there is one of the new name. Asks the path
-    /// resolver for both.
+    /// resolver for both. \throws CFileException*.
     static void Rename(const char* oldPath, const char* newPath);
 
     /// The last part of the path, extension included, behind the last '/' or '\\'; empty unless the

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <limits>
 
 namespace tympan {
@@ -20,6 +21,18 @@ unsigned Step(std::size_t left) noexcept
 {
     constexpr std::size_t kMost = std::numeric_limits<int>::max();
     return static_cast<unsigned>(std::min(left, kMost));
+}
+
+// The runtime tells another program's claim on a file as a lack of rights; the system's own number
+// behind it is still there.
+IoResult OpeningFailed(int error) noexcept
+{
+    constexpr unsigned long kSharingViolation = 32, kLockViolation = 33;
+    switch (_doserrno) {
+    case kSharingViolation: return IoResult::Failed(EBUSY);
+    case kLockViolation: return IoResult::Failed(EAGAIN);
+    default: return IoResult::Failed(error);
+    }
 }
 
 IoResult Told(std::int64_t result) noexcept
@@ -77,7 +90,7 @@ class RuntimeFiles : public FileSystem {
         int file = -1;
         const int sharing = mode.sharing == Sharing::readersOnly ? _SH_DENYWR : _SH_DENYNO;
         if (const int error = _sopen_s(&file, path, OpenFlags(mode), sharing, _S_IREAD | _S_IWRITE))
-            return IoResult::Failed(error);
+            return OpeningFailed(error);
         const int refused = OpenedRefused(file, mode.access);
         if (refused == 0)
             return { file, 0 };
@@ -87,8 +100,12 @@ class RuntimeFiles : public FileSystem {
 
     IoResult ReadAt(int file, std::span<std::byte> buffer, std::int64_t position) noexcept override
     {
-        return Moved(file, buffer, position,
-                     [&](std::byte* to, unsigned count) { return _read(file, to, count); });
+        const IoResult read = Moved(file, buffer, position, [&](std::byte* to, unsigned count) {
+            return _read(file, to, count);
+        });
+        // The system refuses the farthest positions, where there is nothing to be read.
+        const bool isBehindEnd = read.error == EINVAL && position >= Size(file).value;
+        return isBehindEnd ? IoResult{} : read;
     }
 
     IoResult WriteAt(int file, std::span<const std::byte> bytes,

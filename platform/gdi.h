@@ -15,81 +15,89 @@
 
 #include <cstddef>
 
-using HANDLE = void*;
-using HLOCAL = void*;
-/// Any of the drawing objects: a bitmap or a palette.
-using HGDIOBJ = void*;
-using HDC = struct HDC_*;
-using HBITMAP = struct HBITMAP_*;
-using HPALETTE = struct HPALETTE_*;
+using HANDLE = void*;               ///< an object of the system; nothing here takes one
+using HLOCAL = void*;               ///< memory from `LocalAlloc`
+using HGDIOBJ = void*;              ///< any of the drawing objects: a bitmap or a palette
+using HDC = struct HDC_*;           ///< a device context
+using HBITMAP = struct HBITMAP_*;   ///< a bitmap
+using HPALETTE = struct HPALETTE_*; ///< a palette
 
 /// A colour as 0x00BBGGRR. Drawing doesn't look at the top byte.
 using COLORREF = std::uint32_t;
 
+/// No colour: what `SetPixel` and `GetPixel` give for a point that isn't there.
 inline constexpr COLORREF CLR_INVALID = 0xFFFFFFFF;
 
+/// The colour of three parts, each 0 (dark) to 255.
 constexpr COLORREF RGB(BYTE red, BYTE green, BYTE blue)
 {
     return red | static_cast<COLORREF>(green) << 8 | static_cast<COLORREF>(blue) << 16;
 }
+/// The red part of a colour.
 constexpr BYTE GetRValue(COLORREF colour)
 {
     return static_cast<BYTE>(colour);
 }
+/// The green part of a colour.
 constexpr BYTE GetGValue(COLORREF colour)
 {
     return static_cast<BYTE>(colour >> 8);
 }
+/// The blue part of a colour.
 constexpr BYTE GetBValue(COLORREF colour)
 {
     return static_cast<BYTE>(colour >> 16);
 }
 
+/// A place in a context, in pixels.
 struct POINT {
-    LONG x;
-    LONG y;
+    LONG x; ///< from the left
+    LONG y; ///< from the top
 };
 
+/// What `CreateDIBSection` is told of a bitmap.
 struct BITMAPINFOHEADER {
-    DWORD biSize; ///< 40, the bytes of this record
-    LONG biWidth;
-    LONG biHeight; ///< above 0: the last row of the picture comes first in memory; below 0: the
-                   ///< first
-    WORD biPlanes; ///< 1
-    WORD biBitCount;
-    DWORD biCompression;
-    DWORD biSizeImage;
-    LONG biXPelsPerMeter;
-    LONG biYPelsPerMeter;
-    DWORD biClrUsed; ///< entries of the colour table of an 8-bit bitmap; 0 means 256
-    DWORD biClrImportant;
+    DWORD biSize;    ///< 40, the bytes of this record
+    LONG biWidth;    ///< pixels, 1 or more
+    LONG biHeight;   ///< above 0: the last row of the picture comes first in memory; below 0: the
+                     ///< first
+    WORD biPlanes;   ///< 1
+    WORD biBitCount; ///< bits of a pixel: 8, 24 or 32
+    DWORD biCompression;  ///< `BI_RGB`
+    DWORD biSizeImage;    ///< no effect
+    LONG biXPelsPerMeter; ///< no effect
+    LONG biYPelsPerMeter; ///< no effect
+    DWORD biClrUsed;      ///< entries of the colour table of an 8-bit bitmap; 0 means 256
+    DWORD biClrImportant; ///< no effect
 };
 
+/// An entry of a bitmap's colour table.
 struct RGBQUAD {
-    BYTE rgbBlue;
-    BYTE rgbGreen;
-    BYTE rgbRed;
-    BYTE rgbReserved;
+    BYTE rgbBlue;     ///< 0 to 255
+    BYTE rgbGreen;    ///< 0 to 255
+    BYTE rgbRed;      ///< 0 to 255
+    BYTE rgbReserved; ///< no effect
 };
 
 /// A header with its colour table, which goes on behind the one entry that is declared.
 struct BITMAPINFO {
-    BITMAPINFOHEADER bmiHeader;
-    RGBQUAD bmiColors[1];
+    BITMAPINFOHEADER bmiHeader; ///< tells how many colours there are
+    RGBQUAD bmiColors[1];       ///< the first of them
 };
 
+/// An entry of a palette.
 struct PALETTEENTRY {
-    BYTE peRed;
-    BYTE peGreen;
-    BYTE peBlue;
-    BYTE peFlags;
+    BYTE peRed;   ///< 0 to 255
+    BYTE peGreen; ///< 0 to 255
+    BYTE peBlue;  ///< 0 to 255
+    BYTE peFlags; ///< kept, without effect
 };
 
 /// The colours of a palette, which go on behind the one entry that is declared.
 struct LOGPALETTE {
-    WORD palVersion;
-    WORD palNumEntries;
-    PALETTEENTRY palPalEntry[1];
+    WORD palVersion;             ///< no effect; the platform's programs write 0x300
+    WORD palNumEntries;          ///< how many colours there are, 1 or more
+    PALETTEENTRY palPalEntry[1]; ///< the first of them
 };
 
 static_assert(sizeof(BITMAPINFOHEADER) == 40 && offsetof(BITMAPINFOHEADER, biHeight) == 8 &&
@@ -113,6 +121,7 @@ inline constexpr UINT LPTR = 0x40;
 TYMPAN_API HDC CreateCompatibleDC(HDC like);
 
 /// Deletes a context. The bitmap that is selected into it lives on.
+/// @return FALSE for what is no living context
 TYMPAN_API BOOL DeleteDC(HDC dc);
 
 /// Lets a context draw on a bitmap. One bitmap may be selected into several contexts.
@@ -124,6 +133,7 @@ TYMPAN_API HGDIOBJ SelectObject(HDC dc, HGDIOBJ object);
 
 /// Sets where in the bitmap the point (0, 0) of the context lies. It is (0, 0) in a new context.
 /// @param previous takes the origin that stood before; may be null
+/// @return FALSE, nothing done, for what is no living context
 TYMPAN_API BOOL SetViewportOrgEx(HDC dc, int x, int y, POINT* previous);
 
 /// Makes a bitmap of 8, 24 (B, G, R) or 32 (B, G, R, 0) bits a pixel, filled with 0. Rows are
@@ -144,6 +154,7 @@ TYMPAN_API HBITMAP CreateDIBSection(HDC dc, const BITMAPINFO* info, UINT usage, 
 
 /// Deletes a bitmap, pixel memory included, or a palette. A bitmap may still be selected into a
 /// context: that context draws nothing from then on.
+/// @return FALSE for what is no living bitmap or palette
 TYMPAN_API BOOL DeleteObject(HGDIOBJ object);
 
 /// Sets the point (x, y), moved by the viewport origin. An 8-bit bitmap gets the entry of its
@@ -157,11 +168,12 @@ TYMPAN_API COLORREF SetPixel(HDC dc, int x, int y, COLORREF colour);
 TYMPAN_API BOOL SetPixelV(HDC dc, int x, int y, COLORREF colour);
 
 /// @return the colour at (x, y), moved by the viewport origin, in an 8-bit bitmap that of the
-/// colour
-///   table (black for an index behind its end); CLR_INVALID where SetPixel gives it
+///   colour table (black for an index behind its end); CLR_INVALID where SetPixel gives it
 TYMPAN_API COLORREF GetPixel(HDC dc, int x, int y);
 
-/// Copies entries of the colour table of the 8-bit bitmap that is selected into `dc`.
+/// Copies entries of the colour table of the 8-bit bitmap that is selected into `dc`, from the
+/// entry `start` on, which counts from 0.
+/// @param colours takes them: room for `count`
 /// @return how many entries were copied: fewer than `count` at the table's end, 0 without a table
 TYMPAN_API UINT GetDIBColorTable(HDC dc, UINT start, UINT count, RGBQUAD* colours);
 
@@ -170,11 +182,11 @@ TYMPAN_API UINT GetDIBColorTable(HDC dc, UINT start, UINT count, RGBQUAD* colour
 ///   or holds no entry, or there is no memory
 TYMPAN_API HPALETTE CreatePalette(const LOGPALETTE* colours);
 
-/// Copies entries of a palette.
-/// @param entries takes them; may be null, to ask for the size of the palette
+/// Copies entries of a palette, from the entry `start` on, which counts from 0.
+/// @param entries takes them, `count` of them at most; may be null, to ask for the size of the
+///   palette
 /// @return how many entries were copied, fewer than `count` at the palette's end; the entries of
-/// the
-///   whole palette when `entries` is null; 0 for a stale handle
+///   the whole palette when `entries` is null; 0 for a stale handle
 TYMPAN_API UINT GetPaletteEntries(HPALETTE palette, UINT start, UINT count, PALETTEENTRY* entries);
 
 /// Takes memory, aligned for any object.
@@ -191,9 +203,11 @@ TYMPAN_API HLOCAL LocalFree(HLOCAL memory);
 /// deletes it, unless Detach took it away.
 class TYMPAN_API CDC {
   public:
+    /// Without a context.
     CDC() = default;
     CDC(const CDC&) = delete;
     CDC& operator=(const CDC&) = delete;
+    /// Deletes the context that is attached.
     virtual ~CDC();
 
     /// The context that is attached; null when there is none.
@@ -203,8 +217,9 @@ class TYMPAN_API CDC {
     /// @return FALSE, nothing done, when `dc` is not a living context or one is attached already
     BOOL Attach(HDC dc);
 
-    /// Lets go of the context, which the caller then owns.
+    /// Lets go of the context, which the caller then owns; null when there is none.
     HDC Detach();
 
+    /// The context that is attached, or null.
     HDC m_hDC = nullptr;
 };

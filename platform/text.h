@@ -19,22 +19,28 @@ class TYMPAN_API CString {
     CString() noexcept = default;
     /// A null pointer counts as the empty text, here and wherever else a `const char*` is taken.
     CString(const char* text) : text_(View(text)) {}
+    /// The characters of the view, zero bytes among them too.
     explicit CString(std::string_view text) : text_(text) {}
     /// `repeat` times the character; nothing when `repeat` is not above 0.
     explicit CString(char character, int repeat = 1) : text_(Count(repeat), character) {}
 
+    /// @{
     /// The characters with a terminator; they hold until the text is changed or destroyed.
     operator const char*() const noexcept { return text_.c_str(); }
     const char* GetString() const noexcept { return text_.c_str(); }
+    /// @}
     /// The characters without a look for a terminator; they hold as long as those of GetString().
     std::string_view View() const noexcept { return text_; }
 
+    /// The bytes of the text; the largest `int` for a longer one.
     int GetLength() const noexcept
     {
         constexpr std::size_t kLongest = std::numeric_limits<int>::max();
         return static_cast<int>(std::min(text_.size(), kLongest));
     }
+    /// Whether the text has no byte.
     bool IsEmpty() const noexcept { return text_.empty(); }
+    /// Makes it the empty text.
     void Empty() noexcept { text_.clear(); }
 
     /// Below 0, 0 or above 0 as this text stands before, beside or behind `other`, byte by byte.
@@ -47,15 +53,18 @@ class TYMPAN_API CString {
         return place == std::string::npos ? -1 : static_cast<int>(place);
     }
 
-    /// The first, the last, or the middle characters. Places and counts outside the text are
+    /// The first `count` bytes. A place or count outside the text, here and in the next three, is
     /// brought into it.
     CString Left(int count) const { return Part(0, Count(count)); }
+    /// The last `count` bytes.
     CString Right(int count) const
     {
         const std::size_t taken = std::min(Count(count), text_.size());
         return Part(text_.size() - taken, taken);
     }
+    /// The bytes from a place on, which counts from 0.
     CString Mid(int first) const { return Part(Count(first), text_.size()); }
+    /// As many of those as `count`.
     CString Mid(int first, int count) const { return Part(Count(first), Count(count)); }
 
     /// Cuts white space (blank, tab, line ends, form feed) off the end.
@@ -63,10 +72,15 @@ class TYMPAN_API CString {
     /// Cuts that one character off the end, as often as it stands there.
     CString& TrimRight(char character) { return CutBehind(text_.find_last_not_of(character)); }
 
+    /// @{
+    /// Appends to the text.
     CString& operator+=(const CString& more) { return Append(more.text_); }
     CString& operator+=(const char* more) { return Append(View(more)); }
     CString& operator+=(char more) { return Append(std::string_view(&more, 1)); }
+    /// @}
 
+    /// @{
+    /// A new text of both, the left one first.
     friend CString operator+(CString left, const CString& right)
     {
         return std::move(left += right);
@@ -78,7 +92,10 @@ class TYMPAN_API CString {
         return CString(left) + right;
     }
     friend CString operator+(char left, const CString& right) { return CString(left) + right; }
+    /// @}
 
+    /// @{
+    /// Whether both have the same bytes.
     friend bool operator==(const CString& left, const CString& right) noexcept
     {
         return left.text_ == right.text_;
@@ -87,6 +104,9 @@ class TYMPAN_API CString {
     {
         return left.text_ == View(right);
     }
+    /// @}
+    /// @{
+    /// The order of the two, byte by byte, as of `Compare`.
     friend std::strong_ordering operator<=>(const CString& left, const CString& right) noexcept
     {
         return left.text_ <=> right.text_;
@@ -95,7 +115,9 @@ class TYMPAN_API CString {
     {
         return left.View() <=> View(right);
     }
+    /// @}
 
+    /// Puts the bytes of the text out.
     template <typename Traits>
     friend std::basic_ostream<char, Traits>& operator<<(std::basic_ostream<char, Traits>& out,
                                                         const CString& text)

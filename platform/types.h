@@ -4,19 +4,19 @@
 
 #include <cstdint>
 
-using BOOL = int;
-using BYTE = std::uint8_t;
-using WORD = std::uint16_t;
-using DWORD = std::uint32_t;
-using LONG = std::int32_t;
-using UINT = std::uint32_t;
-using LONGLONG = std::int64_t;
-using ULONGLONG = std::uint64_t;
+using BOOL = int;                ///< `FALSE`, or any other value for true
+using BYTE = std::uint8_t;       ///< 8 bits without a sign
+using WORD = std::uint16_t;      ///< 16 bits without a sign
+using DWORD = std::uint32_t;     ///< 32 bits without a sign
+using LONG = std::int32_t;       ///< 32 bits with a sign
+using UINT = std::uint32_t;      ///< 32 bits without a sign
+using LONGLONG = std::int64_t;   ///< 64 bits with a sign
+using ULONGLONG = std::uint64_t; ///< 64 bits without a sign
 
 // Other libraries' headers make macros of these two names.
 #if !defined(FALSE)
-inline constexpr BOOL FALSE = 0;
+inline constexpr BOOL FALSE = 0; ///< no
 #endif
 #if !defined(TRUE)
-inline constexpr BOOL TRUE = 1;
+inline constexpr BOOL TRUE = 1; ///< yes
 #endif

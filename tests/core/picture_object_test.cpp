@@ -42,6 +42,16 @@ class Picture : public BasePictureIF {
     CountingRecord* record; // the object's
 };
 
+void SetEachFact(BasePictureIF& picture)
+{
+    picture.FileSizeUnitsFactor(2.0);
+    picture.FileHeightInUnits(3.0);
+    picture.FileWidthInUnits(4.0);
+    picture.FileHeightInPixels(5);
+    picture.FileWidthInPixels(6);
+    picture.FileNumberOfSeparations(3);
+}
+
 class PictureObject : public testing::Test {
   protected:
     TemporaryFolder folder_;
@@ -151,6 +161,19 @@ TEST_F(PictureObject, AnOutputIsEmptiedAndLoadsNothing)
     EXPECT_EQ(BytesOf(path_).size(), 1080U);
 }
 
+TEST_F(PictureObject, SetsEachFactOfItsRecord)
+{
+    SetEachFact(picture_);
+    EXPECT_EQ(picture_.FileSizeUnitsFactor(), 2.0);
+    EXPECT_EQ(picture_.FileHeightInUnits(), 3.0);
+    EXPECT_EQ(picture_.FileWidthInUnits(), 4.0);
+    EXPECT_EQ(picture_.FileHeightInPixels(), 5U);
+    EXPECT_EQ(picture_.FileWidthInPixels(), 6U);
+    EXPECT_EQ(picture_.FileNumberOfSeparations(), 3U);
+    picture_.FileWidthInPixels(3000000000UL); // more than its text holds
+    EXPECT_FALSE(picture_.SavePictureParams());
+}
+
 TEST_F(PictureObject, NumbersTheSeparations)
 {
     EXPECT_EQ(BasePictureIF::AvailableSeps(0), Cyan);
@@ -166,7 +189,7 @@ TEST_F(PictureObject, WithoutARecordAnswersAsAnEmptyOne)
     BasePictureIF picture;
     EXPECT_FALSE(picture.SeparationExists(Cyan));
     EXPECT_EQ(picture.FileWidthInPixels(), 0U);
-    picture.FileWidthInPixels(4);
+    SetEachFact(picture);
     EXPECT_EQ(picture.FileWidthInPixels(), 0U);
     EXPECT_FALSE(picture.OpenPictureFile(path.c_str(), true, false, nullptr));
     EXPECT_FALSE(picture.SavePictureParams());

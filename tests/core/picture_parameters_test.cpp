@@ -261,6 +261,8 @@ TEST(PictureParameters, SavesWhatItLoadsAgain)
         written.HeightInUnits(static_cast<double>(random() % 1000000) / 1000.0 + 0.1);
         written.WidthInUnits(0.0);
         written.DefineAvailableSeparations(15);
+        const bool inInches = i % 2 == 0;
+        written.FileSizeUnitsFactor(inInches ? 1.0 : 0.0);
         CFile file(folder.Path("saved").c_str(), CFile::modeCreate | CFile::modeWrite);
         ASSERT_TRUE(written.Save(file));
         EXPECT_EQ(file.GetPosition(), 1080U);
@@ -270,7 +272,8 @@ TEST(PictureParameters, SavesWhatItLoadsAgain)
         PictureParameters read;
         ASSERT_TRUE(LoadFrom(bytes, read));
         EXPECT_EQ(read.SizeInPixels(), written.SizeInPixels());
-        EXPECT_NEAR(read.HeightInUnits(), written.HeightInUnits(), written.HeightInUnits() * 1e-7);
+        const double inches = written.HeightInUnits() * (inInches ? 1.0 : 1.0 / 25.4);
+        EXPECT_NEAR(read.HeightInUnits(), inches, inches * 1e-7);
         EXPECT_EQ(read.WidthInUnits(), 0.0);
     }
 }
@@ -365,6 +368,9 @@ TEST(PictureParameters, ACopyTakesOverSomeFields)
     EXPECT_EQ(assigned.RowSize(), 8U);
     EXPECT_FALSE(assigned.Nlw());
     EXPECT_TRUE(assigned.FileType().IsEmpty());
+    const PictureParameters& itself = assigned;
+    assigned = itself; // exchanges nothing
+    expectTaken(assigned);
 
     assigned.Clear();
     EXPECT_EQ(assigned.NumberOfSeparations() + assigned.RowSize(), 0U);

@@ -48,7 +48,7 @@ class Rows : public PictureFileInterface {
     using PictureFileInterface::ReleaseRowBuffer;
     using PictureFileInterface::RowBufferHolds;
 
-    Rows() { PictureParams(new PictureParameters); }
+    explicit Rows(PictureParameters* record = new PictureParameters) { PictureParams(record); }
     PictureRowsData* GetPictureRow(const ColorSeparationType&, unsigned int, double,
                                    double) override
     {
@@ -104,6 +104,12 @@ TEST(RowAccess, StoresARecordWithItsResolutionsExchanged)
     EXPECT_EQ(second.ResolutionOnScanAxis(), 150.0);
     second.StorePictureParams(static_cast<const PictureParameters*>(nullptr));
     EXPECT_EQ(second.FileWidthInPixels(), 12U);
+
+    Rows none(nullptr);
+    none.StorePictureParams(&record);
+    EXPECT_EQ(none.FileWidthInPixels(), 0U);
+    none.CurrRowBuffer(new unsigned char[1]); // of no size that is known
+    EXPECT_TRUE(none.RowBufferHolds(0));
 }
 
 } // namespace

@@ -127,6 +127,9 @@ TEST(CtDisplay, EndsForAnyRange)
     picture.object->Display(~0UL - 1, ~0UL, untouched.dc);
     picture.object->Display(0, 5, static_cast<CDC*>(nullptr));
     picture.object->Display(0, 5, nullptr, Cyan);
+    SetViewportOrgEx(untouched.dc.GetSafeHdc(), 100, 0, nullptr); // all columns lie beside it
+    picture.object->Display(0, 5, untouched.dc);
+    SetViewportOrgEx(untouched.dc.GetSafeHdc(), 0, 0, nullptr);
     EXPECT_EQ(GetPixel(untouched.dc.GetSafeHdc(), 0, 0), kUntouched);
 }
 

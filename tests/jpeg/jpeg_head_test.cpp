@@ -1,6 +1,7 @@
 // The scan for markers and the tables that it finds, held against a scan byte by byte.
 #include "core/block_size.h"
 #include "core/format.h"
+#include "jpeg/block_file.h"
 #include "jpeg_pictures.h"
 
 #include <gtest/gtest.h>
@@ -294,6 +295,41 @@ TEST(JpegHead, IsReadInOneBlock)
         EXPECT_EQ(reads, 2U); // and the side file
     else                      // as where faults at block borders are hunted
         EXPECT_LT(reads, JpegSample{}.Head().size() / 8);
+}
+
+TEST(JpegHead, ABlockStandsInThePlaceOfItsFile)
+{
+    JpegFiles files;
+    files.Put("digits", { '0', '1', '2', '3', '4', '5', '6', '7', '8', '9' });
+    CFile file("digits", CFile::modeRead);
+    file.Seek(3, CFile::begin);
+    {
+        tympan::BlockFile block(file, 4);
+        EXPECT_EQ(block.GetLength(), 10U);
+        unsigned char bytes[4] = {};
+        EXPECT_EQ(block.Seek(-2, CFile::end), 8U);
+        EXPECT_EQ(block.Read(bytes, 4), 2U);
+        EXPECT_EQ(bytes[1], '9');
+        EXPECT_EQ(block.Seek(1, CFile::begin), 1U);
+        EXPECT_EQ(block.Read(bytes, 4), 4U);
+        EXPECT_EQ(bytes[3], '4');
+        EXPECT_EQ(block.Seek(-1, CFile::current), 4U);
+        EXPECT_EQ(block.GetPosition(), 4U);
+    }
+    EXPECT_EQ(file.GetPosition(), 4U);
+}
+
+TEST(JpegHead, ACopyTakesWhatAllFormatsHave)
+{
+    Record source;
+    source.WidthInPixels(7.0);
+    source.CurrentOffset(5);
+    Record assigned;
+    assigned = source;
+    EXPECT_EQ(assigned.WidthInPixels(), 7.0);
+    EXPECT_EQ(assigned.CurrentOffset(), Record().CurrentOffset());
+    CFile closed;
+    EXPECT_TRUE(source.Save(closed)); // which writes nothing
 }
 
 TEST(JpegHead, HandsOutTheTables)

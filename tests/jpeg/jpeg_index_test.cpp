@@ -8,7 +8,9 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <cstdlib>
+#include <limits>
 
 namespace {
 
@@ -194,8 +196,15 @@ TEST(JpegIndex, ABlockWithoutASizeIsRefused)
     JpegCompBlocksInfo index;
     for (int i = 0; i < 3; ++i)
         index.StoreBlock({ 1, 4294967295 });
-    EXPECT_EQ(index.GetBlocksSize({ 0, 2, 3, 3 }), 3 * 4294967295UL);
+    constexpr std::uint64_t kMost = std::numeric_limits<unsigned long>::max();
+    EXPECT_EQ(index.GetBlocksSize({ 0, 2, 3, 3 }),
+              std::min(3 * std::uint64_t{ 4294967295 }, kMost));
 }
+
+class OpenIndex : public JpegFileInterface {
+  public:
+    using JpegFileInterface::OpenCompressedBlocksInfoFile;
+};
 
 TEST(JpegIndex, ASecondOpeningLeavesItAsOneReading)
 {
@@ -207,6 +216,8 @@ TEST(JpegIndex, ASecondOpeningLeavesItAsOneReading)
         EXPECT_EQ(tympan::IndexOf(*picture)->blocks.size(), 4U);
         EXPECT_EQ(picture->FileHeightInPixels(), 27U);
     }
+    (picture.get()->*&OpenIndex::OpenCompressedBlocksInfoFile)();
+    EXPECT_EQ(tympan::IndexOf(*picture)->blocks.size(), 4U);
     EXPECT_EQ(files.Memory().OpenCount(), 2U);
     files.Put("other.jpg", sample.Stream());
     EXPECT_FALSE(picture->OpenPictureFile("other.jpg", true, false, nullptr));

@@ -112,7 +112,7 @@ TEST(JpegRows, AreTheBandsOfTheStream)
         unsigned long at = 0;
         for (const unsigned int block : one.blocks) {
             offsets.push_back(at);
-            at += JpegSample{}.Band(block).size();
+            at += static_cast<unsigned long>(JpegSample{}.Band(block).size());
         }
         if (one.isWhole)
             offsets.push_back(0);
@@ -169,7 +169,8 @@ TEST(JpegRows, OfARowIgnoreResolutions)
     const auto picture = JpegFiles::Open();
     const Bytes expected = files.Bands({ 1 });
     Bytes bytes(expected.size());
-    EXPECT_EQ(picture->GetPictureRow(bytes.data(), 9, Cyan, 0.0, -1.0, bytes.size()), bytes.size());
+    const auto size = static_cast<unsigned long>(bytes.size());
+    EXPECT_EQ(picture->GetPictureRow(bytes.data(), 9, Cyan, 0.0, -1.0, size), size);
     EXPECT_EQ(bytes, expected);
     const std::unique_ptr<PictureRowsData> row(picture->GetPictureRow(Cyan, 9, 0.0, 0.0));
     EXPECT_EQ(row->DataSize(), expected.size());
@@ -248,6 +249,7 @@ class FilledByHand : public PictureRowsData {
     using PictureRowsData::Data;
     using PictureRowsData::Load;
     using PictureRowsData::ReleaseBuffers;
+    using PictureRowsData::RowsOffsets;
 };
 
 TEST(JpegRows, BuffersKeepToTheirSizes)
@@ -271,6 +273,10 @@ TEST(JpegRows, BuffersKeepToTheirSizes)
     EXPECT_THROW(rows.AddOffset(0), BufferSizeException);
     EXPECT_EQ(rows.DataSize(), 4U);
     rows.Data(rows.Data()); // its own
+    rows.RowsOffsets(rows.RowsOffsets());
+    EXPECT_EQ(rows.RowsOffsets()[0], 0U);
+    rows.RowsOffsets(new unsigned int[1]{ 7 });
+    EXPECT_EQ(rows.RowsOffsets()[0], 7U);
     rows.ReleaseBuffers();
     rows.ReleaseBuffers();
     EXPECT_EQ(rows.Data(), nullptr);

@@ -2,9 +2,12 @@
 #include "lw_variant/lw_side_file.h"
 #include "lw_variant/lw_whole_trial.h"
 #include "platform/file_expectations.h"
+#include "platform/path_resolver.h"
 #include "support/temporary_folder.h"
 
 #include <gtest/gtest.h>
+
+#include <stdexcept>
 
 namespace {
 
@@ -73,6 +76,8 @@ const TextCase kTextCases[] = {
     { "two signs", Padded("+-7"), 0, false },
     { "a blank behind the sign", Padded("- 7"), 0, false },
     { "a sign alone", Padded("-"), 0, false },
+    { "a plus at the end", "+", 0, false },
+    { "blanks alone", "  ", 0, false },
     { "text behind", Padded("12x"), 12, false },
     { "bytes behind the zeros", Padded(std::string("12\0x", 4)), 12, false },
     { "no number", Padded("x12"), 0, false },
@@ -200,6 +205,27 @@ TEST(LwSideFile, ThatCantBeCreatedThrowsAndThePictureStays)
             EXPECT_EQ(whole->GetLWBufferSize(), kSize);
             EXPECT_EQ(BytesOf(picture), bytes);
         }
+}
+
+// Paths that lead nowhere in the system: that of the side file, and that of the picture.
+TEST(LwSideFile, GoesByThePathsThatLeadSomewhere)
+{
+    for (const char* const nowhere : { "other.bin", "sample.lw" }) {
+        SCOPED_TRACE(nowhere);
+        LwWholeTrial trial(kSound);
+        tympan::SetPathResolver([&](const CString& path) {
+            return path == nowhere ? throw std::runtime_error("no drive") : path;
+        });
+        CString name = "other.lw";
+        bool isValid = false;
+        const auto create = [&] { trial.Whole().CreateLwBinFile(name, false, isValid); };
+        if (nowhere == std::string("other.bin"))
+            EXPECT_EQ(ThrownCause(create), CFileException::fileNotFound);
+        else
+            EXPECT_NO_THROW(create());
+        tympan::SetPathResolver({});
+        EXPECT_EQ(trial.Memory().Exists("other.bin"), nowhere != std::string("other.bin"));
+    }
 }
 
 } // namespace

@@ -125,6 +125,7 @@ TEST(LwWholeWalks, WhatHasNoRowsIsRefused)
         EXPECT_EQ(whole->GetLWBufferSize(), 0U);
         EXPECT_EQ(whole->TraceStatus(), 90001U);
         EXPECT_EQ(whole->ErrorMsg(), "LWInterface: Error counting LW buffer size, aborting!");
+        EXPECT_EQ(whole->GetLWBufferSize(0, 2147483646, 1, 0, false), 0U);
         EXPECT_EQ(whole->BuildLwOffsetBuffer(), 0U);
         EXPECT_FALSE(whole->FileValidityCheck());
         EXPECT_EQ(whole->TraceStatus(), path == std::string("thin.lw") ? 90025U : 90001U);
@@ -138,6 +139,7 @@ TEST(LwWholeWalks, WhatHasNoRowsIsRefused)
     EXPECT_EQ(first, NoSeparation);
     EXPECT_EQ(whole->GetLWBufferSize(), 0U);
     EXPECT_EQ(whole->GetLwPictureParams(), nullptr);
+    EXPECT_EQ(whole->GetLWBufferSize(0, 0, 1, 0, false), 8U); // of a row without a width
     EXPECT_FALSE(whole->FileValidityCheck());
 }
 

@@ -126,7 +126,7 @@ TEST(LwWholeFailingFiles, ASideFileIsWholeOrEmpty)
 TEST(LwWholeFailingFiles, ASideFileThatCantBeReadIsToldOrDoneWithout)
 {
     const LwPicture sample = Sample();
-    const unsigned long counted = sample.Bytes().size() - sample.Start() + 2;
+    const auto counted = static_cast<unsigned long>(sample.Bytes().size() - sample.Start() + 2);
     constexpr unsigned long kThrown = 9;
     std::vector<unsigned long> sizes;
     const auto read = [&](LwWholeTrial& trial) {

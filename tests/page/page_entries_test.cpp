@@ -64,6 +64,21 @@ tympan::PageEntryReading ReadAlone(PageFiles& files, const PageEntrySample& entr
     return tympan::ReadPageEntry(page, 0);
 }
 
+template <typename Entry>
+void ExpectCopies(const BasePageEntry& entry)
+{
+    const auto* const source = dynamic_cast<const Entry*>(&entry);
+    ASSERT_NE(source, nullptr);
+    const Entry copy(*source);
+    Entry assigned;
+    assigned = *source;
+    for (const PagePictureEntry* const one : { static_cast<const PagePictureEntry*>(&copy),
+                                               static_cast<const PagePictureEntry*>(&assigned) }) {
+        EXPECT_TRUE(tympan::PlacementOf(*one) == tympan::PlacementOf(entry));
+        EXPECT_EQ(one->PictureHandle(), source->PictureHandle());
+    }
+}
+
 TEST(PageEntries, ReadEachFieldFromItsPlace)
 {
     PageFiles files;
@@ -83,13 +98,21 @@ TEST(PageEntries, ReadEachFieldFromItsPlace)
     kWindow.container = 1;
     kWindow.colours = { 2 };
     const Placement kExpected[] = { kTurned, kLineWork, kWindow };
+    void (*const kExpectCopies[])(const BasePageEntry&) = { ExpectCopies<PagePictureEntry>,
+                                                            ExpectCopies<PageLWEntry>,
+                                                            ExpectCopies<PageCTWindowEntry> };
     for (unsigned short i = 0; i < 3; ++i) {
         const auto reading = tympan::ReadPageEntry(page, i);
         ASSERT_EQ(reading.state, PageEntryState::fine) << i;
         EXPECT_EQ(reading.typeByte, static_cast<std::uint8_t>(kExpected[i].type));
         EXPECT_TRUE(reading.placement == kExpected[i]) << i;
         EXPECT_TRUE(tympan::PlacementOf(*reading.entry) == kExpected[i]) << i;
+        kExpectCopies[i](*reading.entry);
     }
+    struct : BasePageEntry {
+        bool Load(CFile&) override { return false; }
+    } unknown;
+    EXPECT_FALSE(tympan::PlacementOf(unknown));
 }
 
 struct ReadCase {
@@ -179,6 +202,9 @@ TEST(PageEntries, ShareTheirPictureWithCopies)
     }
     EXPECT_EQ(copy.PictureHandle(), other);
     delete given; // what a setter has replaced is the caller's
+    copy.PictureHandle(nullptr);
+    EXPECT_EQ(copy.PictureHandle(), nullptr);
+    delete other;
 }
 
 struct WindowCase {
@@ -328,6 +354,11 @@ TEST(Placements, TakeAPicturesSizeFromItsResolution)
     EXPECT_DOUBLE_EQ(sizeOf("wide.ct")->height, 3.0);
     EXPECT_DOUBLE_EQ(sizeOf("wide.ct")->width, 0.5);
     EXPECT_FALSE(sizeOf("none.ct"));
+    PageFileInterface unopened; // pixels, and a resolution of 0
+    unopened.FileHeightInPixels(5);
+    unopened.FileWidthInPixels(5);
+    EXPECT_FALSE(tympan::SizeInInchesOf(unopened));
+    EXPECT_FALSE(tympan::SizeInInchesOf(BasePictureIF()));
 }
 
 } // namespace

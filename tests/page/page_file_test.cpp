@@ -198,11 +198,32 @@ TEST_F(Pages, GiveUpAListThatIsReplaced)
     EXPECT_EQ(record[0], first[0]);
     record.NumberOfEntries(2);
     EXPECT_EQ(record[1], nullptr); // the list was made with one
-    record.EntriesList(new BasePageEntry* [2] {});
+    auto* const second = new BasePageEntry* [2] {};
+    record.EntriesList(second);
     EXPECT_EQ(record[0], nullptr);
+    record.EntriesList(second);
+    EXPECT_EQ(record.EntriesList(), second);
+    record.EntriesList(nullptr);
+    EXPECT_EQ(record.EntriesList(), nullptr);
+    delete[] second;
     EXPECT_EQ(copy[0], first[0]);
     delete first[0];
     delete[] first;
+}
+
+TEST_F(Pages, WithoutARecordHaveNoEntries)
+{
+    struct Bare : PageFileInterface {
+        Bare()
+        {
+            const std::unique_ptr<PictureParameters> made(PictureParams());
+            PictureParams(nullptr);
+        }
+        using PageFileInterface::PictureParams;
+    };
+    const Bare page;
+    EXPECT_EQ(page.GetEntriesNumber(), 0);
+    EXPECT_EQ(page.GetEntry(0), nullptr);
 }
 
 TEST_F(Pages, LeaveTheCodeOrTheFailureOfEachOperationThatFails)

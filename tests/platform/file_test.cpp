@@ -1,146 +1,34 @@
 // CFile on the system's own files: openings that fail, positions, modes and closed files.
 #include "platform/file.h"
-#include "platform/file_expectations.h"
+#include "platform/file_openings.h"
 #include "support/temporary_folder.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 #include <limits>
 #include <string>
 #include <type_traits>
 
 namespace {
 
-using tympan::test::TemporaryFolder;
-using tympan::test::ThrownCause;
-
-constexpr UINT kCreate = CFile::modeCreate | CFile::modeWrite | CFile::typeBinary;
+using namespace tympan::test;
 
 static_assert(!std::is_copy_constructible_v<CFile> && !std::is_copy_assignable_v<CFile>);
-
-std::string MakeFile(const TemporaryFolder& folder, const std::string& name,
-                     const std::string& text)
-{
-    CFile file(folder.Path(name).c_str(), kCreate);
-    file.Write(text.data(), static_cast<UINT>(text.size()));
-    return folder.Path(name);
-}
-
-std::string TextOf(const std::string& path)
-{
-    CFile file(path.c_str(), CFile::modeRead);
-    std::string text(static_cast<std::size_t>(file.GetLength()), '\0');
-    EXPECT_EQ(file.Read(text.data(), static_cast<UINT>(text.size())), text.size());
-    return text;
-}
-
-// The number that the next file to be opened gets.
-int NextNumber(const std::string& path)
-{
-    return CFile(path.c_str(), CFile::modeRead).m_hFile;
-}
-
-// Runs the work as a user whom permissions bind, in a process of its own; gives its result.
-template <typename Work>
-int AsPlainUser(Work work)
-{
-    constexpr uid_t kNobody = 65534;
-    const pid_t child = ::fork();
-    if (child == 0) {
-        const bool isBound = ::geteuid() != 0 || (::setgid(kNobody) == 0 && ::setuid(kNobody) == 0);
-        ::_exit(isBound ? work() : 99);
-    }
-    int status = 0;
-    EXPECT_EQ(::waitpid(child, &status, 0), child);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
-struct RefusedCase {
-    const char* name;
-    std::string path;
-    UINT flags;
-    int cause;
-    LONG osError;
-};
 
 TEST(File, OpeningsThatCannotBeAreRefused)
 {
     const TemporaryFolder folder;
+    const std::string none = folder.Path("none");
     const std::string plain = MakeFile(folder, "plain", "text");
-    const std::string pipe = folder.Path("pipe");
-    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
-    const int firstFree = NextNumber(plain);
-    using Failure = CFileException;
-
-    const RefusedCase kCases[] = {
-        { "missing", folder.Path("none"), CFile::modeRead, Failure::fileNotFound, ENOENT },
-        { "missing, to be written", folder.Path("none"), CFile::modeWrite, Failure::fileNotFound,
-          ENOENT },
-        { "no name", "", CFile::modeRead, Failure::fileNotFound, ENOENT },
-        { "in a missing folder", folder.Path("none/a"), kCreate, Failure::fileNotFound, ENOENT },
-        { "below a file", plain + "/a", CFile::modeRead, Failure::badPath, ENOTDIR },
-        { "folder read", folder.Path(""), CFile::modeRead, Failure::accessDenied, EISDIR },
-        { "folder created", folder.Path(""), kCreate, Failure::accessDenied, EISDIR },
-        { "device read", "/dev/zero", CFile::modeRead, Failure::accessDenied, EACCES },
-        { "device read and written", "/dev/null", CFile::modeReadWrite, Failure::accessDenied,
-          EACCES },
-        { "pipe read", pipe, CFile::modeRead, Failure::accessDenied, EACCES },
-        { "pipe read and written", pipe, CFile::modeReadWrite, Failure::accessDenied, EACCES },
-        { "pipe written", pipe, kCreate, Failure::accessDenied, EACCES },
-        { "a mode that there isn't", plain, 3, Failure::hardIO, EINVAL },
-    };
-    for (const RefusedCase& row : kCases) {
-        CFile file;
-        CFileException failure;
-        EXPECT_FALSE(file.Open(row.path.c_str(), row.flags, &failure)) << row.name;
-        EXPECT_EQ(failure.m_cause, row.cause) << row.name;
-        EXPECT_EQ(failure.m_lOsError, row.osError) << row.name;
-        EXPECT_EQ(failure.m_strFileName, row.path.c_str()) << row.name;
-        EXPECT_EQ(file.m_hFile, CFile::hFileNull) << row.name;
-        EXPECT_FALSE(file.Open(row.path.c_str(), row.flags)) << row.name;
-        EXPECT_EQ(ThrownCause([&] { CFile(row.path.c_str(), row.flags); }), row.cause) << row.name;
-    }
+    ExpectRefused(
+        folder,
+        { { "missing", none, CFile::modeRead, CFileException::fileNotFound, ENOENT },
+          { "to be written", none, CFile::modeWrite, CFileException::fileNotFound, ENOENT },
+          { "no name", "", CFile::modeRead, CFileException::fileNotFound, ENOENT },
+          { "in a missing folder", none + "/a", kCreate, CFileException::fileNotFound, ENOENT },
+          { "a mode that there isn't", plain, 3, CFileException::hardIO, EINVAL } });
     EXPECT_EQ(TextOf(plain), "text");
-    EXPECT_EQ(NextNumber(plain), firstFree) << "a refused file was left open";
-}
-
-TEST(File, APipeWithAReaderIsRefusedToo)
-{
-    const TemporaryFolder folder;
-    const std::string pipe = folder.Path("pipe");
-    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
-    const int reader = ::open(pipe.c_str(), O_RDONLY | O_NONBLOCK);
-    EXPECT_EQ(ThrownCause([&] { CFile(pipe.c_str(), kCreate); }), CFileException::accessDenied);
-    ::close(reader);
-}
-
-TEST(File, PermissionsAreKeptTo)
-{
-    const TemporaryFolder folder;
-    const std::string secret = MakeFile(folder, "secret", "text");
-    ASSERT_EQ(::chmod(secret.c_str(), 0), 0);
-    for (const UINT flags : { UINT{ CFile::modeRead }, kCreate }) {
-        const int cause = AsPlainUser([&] {
-            CFileException failure;
-            CFile file;
-            return file.Open(secret.c_str(), flags, &failure) ? 98 : failure.m_cause;
-        });
-        EXPECT_EQ(cause, CFileException::accessDenied) << flags;
-    }
-}
-
-TEST(File, AFullDiskIsToldWhereItHappens)
-{
-    CFile file("/dev/full", kCreate);
-    EXPECT_EQ(ThrownCause([&] { file.Write("abc", 3); }), CFileException::diskFull);
-    EXPECT_EQ(file.GetPosition(), 0U);
-    EXPECT_EQ(ThrownCause([&] { file.Flush(); }), -1);
 }
 
 TEST(File, CreatingEmptiesInEveryMode)
@@ -319,7 +207,7 @@ TEST(File, OpeningAnewClosesTheOldFile)
     EXPECT_EQ(file.GetLength(), 2U);
     EXPECT_FALSE(file.Open(folder.Path("none").c_str(), CFile::modeRead));
     EXPECT_EQ(file.m_hFile, CFile::hFileNull);
-    EXPECT_EQ(::fcntl(number, F_GETFD), -1);
+    EXPECT_EQ(NextNumber(first), number) << "the number is free";
 }
 
 TEST(File, RemovesAndRenames)

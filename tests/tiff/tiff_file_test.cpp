@@ -268,6 +268,9 @@ TEST_F(TiffFile, RangesThatDoNotFitAreRefused)
     ExpectFailure(90050, kDiscrepancy);
     EXPECT_EQ(picture_.GetPictureRow(nullptr, 5, Cyan, 1, 1, 99), 0U);
     ExpectFailure(90050, kDiscrepancy);
+    Record().InitTiff(0);
+    EXPECT_EQ(Row(5, 0), 0U);
+    ExpectFailure(90050, kDiscrepancy);
     EXPECT_EQ(picture_.GetPictureRow(Cyan, 5, 1, 1), nullptr);
     EXPECT_EQ(picture_.GetPictureRows(Cyan, 5, 6, false), nullptr);
 }
@@ -359,6 +362,9 @@ TEST_F(TiffFile, RecordsAreCopiedFieldByField)
     assigned = Record();
     EXPECT_EQ(assigned.WidthInPixels(), 37.0);
     EXPECT_EQ(assigned.ResolutionOnScanAxis(), 300.0); // the base exchanges the two
+    const TiffFileParam& itself = assigned;
+    assigned = itself;
+    EXPECT_EQ(assigned.ResolutionOnScanAxis(), 300.0);
     CFile file;
     EXPECT_FALSE(assigned.Load(file));
     EXPECT_FALSE(assigned.Save(file));

@@ -212,10 +212,16 @@ TEST(TiffItDisplay, LineWorkIsDrawnAsPixelByPixel)
         TiffItLwP1Interface work("pic", true);
         ASSERT_EQ(work.TraceStatus(), 0U);
         Canvas drawn(kSide, kSide), expected(kSide, kSide);
+        const HDC contexts[] = { drawn.dc.GetSafeHdc(), expected.dc.GetSafeHdc() };
+        const int down = trial % 4 != 0 ? 0 : static_cast<int>(Roll(random, 2 * kSide)) - kSide;
+        for (const HDC dc : contexts)
+            SetViewportOrgEx(dc, 0, down, nullptr);
         work.Display(random(), random(), drawn.dc);
         EXPECT_EQ(work.TraceStatus(), 0U);
         CFile file("pic", CFile::modeRead);
         PlainLw(file, picture, table, expected.dc.GetSafeHdc()).Draw();
+        for (const HDC dc : contexts)
+            SetViewportOrgEx(dc, 0, 0, nullptr);
         ASSERT_NO_FATAL_FAILURE(ExpectSame(drawn, expected));
     }
 }

@@ -255,6 +255,46 @@ TEST(TiffItParser, AReadThatFailsIsToldOrThrown)
     EXPECT_EQ(files.Memory().OpenCount(), 0U);
 }
 
+// What is private of a kind. An explicit instantiation may name it.
+template <typename Kind>
+struct Inside {
+    static inline Kind* (*create)(const CString&, bool) = nullptr;
+    static inline bool (Kind::*isTypeOf)(CFile&) = nullptr;
+};
+template <typename Kind, auto create, auto isTypeOf>
+struct Opened {
+    static inline const bool isDone = [] {
+        Inside<Kind>::create = create;
+        Inside<Kind>::isTypeOf = isTypeOf;
+        return true;
+    }();
+};
+template struct Opened<TiffItCtP1Interface, &TiffItCtP1Interface::Create,
+                       &TiffItCtP1Interface::isTypeOf>;
+template struct Opened<TiffItLwP1Interface, &TiffItLwP1Interface::Create,
+                       &TiffItLwP1Interface::isTypeOf>;
+
+template <typename Kind>
+void ExpectKind(bool expected)
+{
+    const std::unique_ptr<Kind> picture(Inside<Kind>::create("pic", true));
+    ASSERT_NE(picture, nullptr); // whatever the file is
+    EXPECT_EQ(picture->FileWidthInPixels(), 5U);
+    CFile file("pic", CFile::modeRead);
+    EXPECT_EQ((picture.get()->*Inside<Kind>::isTypeOf)(file), expected);
+    EXPECT_EQ(file.GetPosition(), 0U);
+}
+
+TEST(TiffItParser, EachKindKnowsItsOwn)
+{
+    OneFile files(kCt);
+    ExpectKind<TiffItCtP1Interface>(true);
+    ExpectKind<TiffItLwP1Interface>(false);
+    files.Put(LwSample(5, 3, 2).Bytes());
+    ExpectKind<TiffItCtP1Interface>(false);
+    ExpectKind<TiffItLwP1Interface>(true);
+}
+
 TEST(TiffItParser, KindsAreToldAndOpened)
 {
     OneFile files(kCt);

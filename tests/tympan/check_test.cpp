@@ -158,7 +158,7 @@ TEST(Check, WhatIsCalledValidOpensAndHasItsRows)
         std::vector<unsigned char> pixels(rows.FileWidthInPixels() * height);
         unsigned int done = 0;
         rows.GetPictureRows(pixels.data(), 0, height, done, nullptr, rows.FileSeparation(0),
-                            pixels.size(), false);
+                            static_cast<unsigned long>(pixels.size()), false);
         EXPECT_EQ(rows.TraceStatus(), 0U) << i;
     }
     EXPECT_GT(valid, 500);
