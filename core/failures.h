@@ -15,10 +15,15 @@
 /// does not meet the other.
 class TYMPAN_API LumetoException {
   public:
+    /// Takes the detail that `MessageText()` gives.
     explicit LumetoException(const CString& messageText);
+    /// The same; a null pointer counts as the empty text.
     explicit LumetoException(const char* messageText);
+    /// @{
+    /// Takes over both texts.
     LumetoException(const LumetoException&) = default;
     LumetoException& operator=(const LumetoException&) = default;
+    /// @}
 
     /// Composes `ShownText` as the class does and shows it with `AfxMessageBox(ShownText, 0, 0)`.
     /// The base leaves `ShownText` as it is, so empty. Nothing in the library calls this: it is
@@ -28,7 +33,7 @@ class TYMPAN_API LumetoException {
     /// Virtual so that a catcher of the base may destroy through it what it caught.
     virtual ~LumetoException();
 
-    /// The detail given at construction.
+    /// The detail given at construction. Both references hold as long as the object.
     const CString& MessageText() const { return messageText_; }
     /// Empty until `ReportError()` composes it.
     const CString& ShownText() const { return shownText_; }
@@ -46,6 +51,7 @@ class TYMPAN_API LumetoException {
 class TYMPAN_API EntryErrorException : public LumetoException {
   public:
     using LumetoException::LumetoException;
+    /// Shows "Page File Entry Error : DETAIL!".
     void ReportError() override;
 };
 
@@ -53,6 +59,7 @@ class TYMPAN_API EntryErrorException : public LumetoException {
 class TYMPAN_API ReadFileException : public LumetoException {
   public:
     using LumetoException::LumetoException;
+    /// Shows "DETAIL".
     void ReportError() override;
 };
 
@@ -60,6 +67,7 @@ class TYMPAN_API ReadFileException : public LumetoException {
 class TYMPAN_API FileCorruptedException : public LumetoException {
   public:
     using LumetoException::LumetoException;
+    /// Shows "File is corrupted! DETAIL".
     void ReportError() override;
 };
 
@@ -67,6 +75,7 @@ class TYMPAN_API FileCorruptedException : public LumetoException {
 class TYMPAN_API OpenFileException : public LumetoException {
   public:
     using LumetoException::LumetoException;
+    /// Shows "File DETAIL open failed!".
     void ReportError() override;
 };
 
@@ -74,6 +83,7 @@ class TYMPAN_API OpenFileException : public LumetoException {
 class TYMPAN_API LoadFailedException : public LumetoException {
   public:
     using LumetoException::LumetoException;
+    /// Shows "Load failed because of DETAIL!".
     void ReportError() override;
 };
 
@@ -82,6 +92,7 @@ class TYMPAN_API LoadFailedException : public LumetoException {
 class TYMPAN_API IllegalSizeException : public LumetoException {
   public:
     using LumetoException::LumetoException;
+    /// Shows "Illegal DETAIL size!".
     void ReportError() override;
 };
 
@@ -89,13 +100,16 @@ class TYMPAN_API IllegalSizeException : public LumetoException {
 class TYMPAN_API BufferSizeException : public LumetoException {
   public:
     using LumetoException::LumetoException;
+    /// Shows "Buffer DETAIL is full and there is no room to add data!".
     void ReportError() override;
 };
 
 /// Base of the failures that are a text and no more.
 class TYMPAN_API PictureFilesException {
   public:
+    /// Takes the text that `Text()` gives.
     explicit PictureFilesException(const CString& text) : text_(text) {}
+    /// What happened, as a sentence; holds as long as the object.
     const CString& Text() const { return text_; }
 
   private:
@@ -105,12 +119,14 @@ class TYMPAN_API PictureFilesException {
 /// A number lies outside its list. Thrown as a pointer.
 class TYMPAN_API OutOfRangeException : public PictureFilesException {
   public:
+    /// The text is "Out of range exception!".
     OutOfRangeException() : PictureFilesException("Out of range exception!") {}
 };
 
 /// A buffer could not be had. Thrown as a pointer.
 class TYMPAN_API MemoryAllocException : public PictureFilesException {
   public:
+    /// The text is "Memory allocation failed!".
     MemoryAllocException() : PictureFilesException("Memory allocation failed!") {}
 };
 
@@ -126,10 +142,12 @@ class TYMPAN_API IllegalRowsException {};
 
 namespace tympan {
 
-/// The texts of the `ReadFileException` of a short read and of a full buffer, and the tail of both.
+/// The tail of the two texts below.
 inline constexpr char kReadingStopped[] = " The reading is stopped!";
+/// The text of the `ReadFileException` of a short read.
 inline constexpr char kUnexpectedEndOfFile[] =
     "Unexpected end of file encountered! The reading is stopped!";
+/// That of a full buffer.
 inline constexpr char kGivenBufferTooSmall[] = "Given buffer is too small! The reading is stopped!";
 static_assert(std::string_view(kUnexpectedEndOfFile).ends_with(kReadingStopped));
 static_assert(std::string_view(kGivenBufferTooSmall).ends_with(kReadingStopped));

@@ -9,14 +9,16 @@
 /// operation's own class is thrown by value.
 class TYMPAN_API FileNameParser {
   public:
-    class TYMPAN_API StripPathFailed {};
-    class TYMPAN_API StripFileNameFailed {};
-    class TYMPAN_API StripExtensionFailed {};
+    class TYMPAN_API StripPathFailed {};      ///< `StripPath` failed
+    class TYMPAN_API StripFileNameFailed {};  ///< `StripFileName` failed
+    class TYMPAN_API StripExtensionFailed {}; ///< `StripExtension` failed
 
-    /// What stands behind the last backslash; empty without one.
+    /// What stands behind the last backslash; empty without one. \throws StripPathFailed.
     static void StripPath(const CString& path, CString& result);
     /// What stands up to the last backslash, and it; empty without one.
+    /// \throws StripFileNameFailed.
     static void StripFileName(const CString& path, CString& result);
     /// What stands before the last point, wherever in the path that is; all of it without one.
+    /// \throws StripExtensionFailed.
     static void StripExtension(const CString& path, CString& result);
 };

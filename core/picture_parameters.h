@@ -34,8 +34,9 @@ enum ColorSeparationType : std::int32_t {
 /// it, for it appends them.
 class TYMPAN_API PictureParameters {
   public:
-    static constexpr unsigned int kSlots = 4;
+    static constexpr unsigned int kSlots = 4; ///< separations that a record has room for
 
+    /// Empty.
     PictureParameters() = default;
     /// Takes over what assignment takes over; all else is as in a fresh record.
     PictureParameters(const PictureParameters& other);
@@ -49,8 +50,7 @@ class TYMPAN_API PictureParameters {
     /// A size that is not there reads as 0. One beyond its type reads, in pixels, as the nearest that
     /// is not, and in units as an infinity.
     /// \return true, with the file at 1080. False when the separations are refused: `TraceStatus`
-    /// is
-    ///   90066 and the record is cleared, by the virtual `Clear()`.
+    ///   is 90066 and the record is cleared, by the virtual `Clear()`.
     /// \throws CFileException* from a seek or a read.
     virtual bool Load(CFile& file);
 
@@ -67,19 +67,29 @@ class TYMPAN_API PictureParameters {
     /// those of a fresh record. The other fields keep their values.
     virtual void Clear();
 
+    /// @{
+    /// The code of the record's last failure, a number of docs/failure-codes.md; 0 until there is
+    /// one. A picture object has a code of its own.
     unsigned long TraceStatus() const { return trace_.Status(); }
     void TraceStatus(unsigned long status) { trace_.Status(status); }
+    /// @}
 
-    /// Bytes of one row of one separation; set by the format after opening.
+    /// @{
+    /// Bytes of one row of one separation, where the format doesn't tell otherwise; set by the
+    /// format after opening.
     unsigned int RowSize() const { return rowSize_; }
     void RowSize(unsigned int bytes) { rowSize_ = bytes; }
-    /// Bits of one pixel over all separations; set by the format after opening.
+    /// @}
+    /// @{
+    /// Bits of one pixel over all separations, where the format doesn't tell otherwise; set by the
+    /// format after opening.
     unsigned int BitsPerSample() const { return bitsPerSample_; }
     void BitsPerSample(unsigned int bits) { bitsPerSample_ = bits; }
+    /// @}
 
-    /// Pixels per inch along the height (`Load` works it out from the height) ...
+    /// Pixels per inch along the height; `Load` works it out from the height.
     double ResolutionOnScanAxis() const { return resolution_.second; }
-    /// ... and along the width.
+    /// Pixels per inch along the width; `Load` works it out from the width.
     double ResolutionOnXScanAxis() const { return resolution_.first; }
     /// -1.0, for none, when the two differ by more than 0.1; else the larger. A resolution that is
     /// not a number gives -1.0.
@@ -87,28 +97,45 @@ class TYMPAN_API PictureParameters {
     /// Sets both: first `ResolutionOnXScanAxis`, second `ResolutionOnScanAxis`.
     void Resolution(std::pair<double, double> resolution) { resolution_ = resolution; }
 
+    /// @{
     /// Factor from file units to inches, while a file is read; 1.0 in a fresh record and after
-    /// `Load`.
+    /// `Load`. `Save` writes the code of millimetres for 0.0, else that of inches.
     double FileSizeUnitsFactor() const { return fileSizeUnitsFactor_; }
     void FileSizeUnitsFactor(double factor) { fileSizeUnitsFactor_ = factor; }
+    /// @}
 
+    /// @{
+    /// The rows of the picture. References to sizes, here and below, hold as long as the record and
+    /// follow it.
     const double& HeightInPixels() const { return sizeInPixels_.first; }
     void HeightInPixels(const double& height) { sizeInPixels_.first = height; }
+    /// @}
+    /// @{
+    /// The pixels of a row.
     const double& WidthInPixels() const { return sizeInPixels_.second; }
     void WidthInPixels(const double& width) { sizeInPixels_.second = width; }
+    /// @}
+    /// @{
+    /// In inches, once a file is loaded.
     const double& HeightInUnits() const { return sizeInUnits_.first; }
     void HeightInUnits(const double& height) { sizeInUnits_.first = height; }
+    /// @}
+    /// @{
+    /// In inches, once a file is loaded.
     const double& WidthInUnits() const { return sizeInUnits_.second; }
     void WidthInUnits(const double& width) { sizeInUnits_.second = width; }
+    /// @}
     /// First the height, second the width.
     const std::pair<double, double>& SizeInPixels() const { return sizeInPixels_; }
     /// First the height, second the width.
     const std::pair<double, double>& SizeInUnits() const { return sizeInUnits_; }
 
+    /// @{
     /// How many of the four slots are in use. A count above four is kept, with four slots behind
     /// it.
     unsigned int NumberOfSeparations() const { return numberOfSeparations_; }
     void NumberOfSeparations(unsigned int count) { numberOfSeparations_ = count; }
+    /// @}
     /// The separation in a slot; `NoSeparation` for a slot that isn't there.
     const ColorSeparationType& Separation(unsigned int slot) const;
     /// A slot that isn't there takes nothing.
@@ -118,13 +145,17 @@ class TYMPAN_API PictureParameters {
     /// The first slot in use that holds the separation, or `kSlots`.
     unsigned int SlotOf(ColorSeparationType separation) const;
 
+    /// @{
     /// A flag of the file for the client; nothing in the library acts on it.
     bool Nlw() const { return nlw_; }
     void Nlw(bool nlw) { nlw_ = nlw; }
+    /// @}
 
+    /// @{
     /// The two-letter type of the file; empty in a CT file written by this library.
     CString FileType() const { return fileType_; }
     void FileType(CString type) { fileType_ = std::move(type); }
+    /// @}
 
     /// Whether the number is that of a real separation.
     static bool IsSeparationIndexLegal(unsigned int index) { return index < kSlots; }
@@ -157,9 +188,12 @@ class TYMPAN_API PictureParameters {
     unsigned char DefineAvailableSeparations() const;
 
   protected:
+    /// @{
     /// Height first, width second.
     void SizeInPixels(const std::pair<double, double>& size) { sizeInPixels_ = size; }
     void SizeInUnits(const std::pair<double, double>& size) { sizeInUnits_ = size; }
+    /// @}
+    /// @{
     /// Width first, height second.
     void SizeInPixels(const double& width, const double& height)
     {
@@ -169,17 +203,23 @@ class TYMPAN_API PictureParameters {
     {
         sizeInUnits_ = { height, width };
     }
+    /// @}
 
     /// Puts the value into the next free slot and counts it. Behind the fourth it is counted only.
     void AddSeparation(const ColorSeparationType& separation);
+    /// Adds 1 to the number of separations.
     void IncreaseSeparationsNumber() { ++numberOfSeparations_; }
 
-    // The header field by field, each at the file's current position; `buffer` holds at least 15
-    // bytes and gets the text, terminated. All throw `CFileException*` from a read or a write, and
-    // `LoadSeparationsInfo` a `LoadFailedException` by value for a count other than 1 or 4
-    // ("Illegal separations number!") or a mask of another count ("Illegal separations mask!").
+    /// \name The header field by field
+    /// Each at the file's current position; `buffer` holds at least 15 bytes and gets the text,
+    /// terminated. All throw `CFileException*` from a read or a write.
+    /// @{
+
+    /// Reads the field, or writes it.
     void LoadFileSizeUnits(CFile& file);
     void SaveFileSizeUnits(CFile& file) const;
+    /// \throws LoadFailedException by value for a count other than 1 or 4 ("Illegal separations
+    ///   number!") or a mask of another count ("Illegal separations mask!").
     void LoadSeparationsInfo(CFile& file);
     void SaveSeparationsInfo(CFile& file) const;
     void LoadFileHeight(CFile& file, unsigned char* buffer);
@@ -192,6 +232,7 @@ class TYMPAN_API PictureParameters {
     void SaveFileWidthInPixels(CFile& file, unsigned char* buffer) const;
     void LoadFileNlwBit(CFile& file);
     void LoadFileType(CFile& file, unsigned char* buffer);
+    /// @}
 
     /// For the failure tables of derived records.
     tympan::FailureTrace& Failures() { return trace_; }

@@ -46,7 +46,7 @@ std::uint8_t* Store(ScreenColour colour, std::uint8_t* bgr)
     return bgr + 3;
 }
 
-tympan::VectorForm FastestForm()
+tympan::VectorForm FastestForm() noexcept
 {
     const auto forms = tympan::VectorForms();
     return forms.empty()

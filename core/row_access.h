@@ -19,12 +19,14 @@ class TYMPAN_API PictureFileInterface : public BasePictureIF {
     /// Closes the file and clears the record, then frees the row buffer.
     ~PictureFileInterface() override;
 
-    /// One row of one separation as an object, at the output resolutions asked for.
+    /// One row of one separation as an object, at the output resolutions asked for, in pixels per
+    /// inch.
     virtual PictureRowsData* GetPictureRow(const ColorSeparationType& separation, unsigned int row,
                                            double scanAxisResolution,
                                            double xScanAxisResolution) = 0;
     /// One row of one separation in `buffer`, which holds `bufferSize` bytes. The resolutions are
-    /// those wanted in the output, and `row` counts in the output's, where the format honours them.
+    /// those wanted in the output, in pixels per inch, and `row` counts in the output's, where the
+    /// format honours them.
     virtual unsigned long GetPictureRow(unsigned char* buffer, unsigned int row,
                                         ColorSeparationType separation, double scanAxisResolution,
                                         double xScanAxisResolution, unsigned long bufferSize) = 0;
@@ -41,7 +43,7 @@ class TYMPAN_API PictureFileInterface : public BasePictureIF {
                                          unsigned long bufferSize, bool wrap) = 0;
 
     /// Assigns the given record to the object's, by the rule of `PictureParameters::operator=`. A
-    /// null pointer, here and below, changes nothing.
+    /// null pointer, here and below, changes nothing. The record given stays the caller's.
     virtual void StorePictureParams(const PictureParameters* const record);
     /// Assigns the other object's record to this object's.
     virtual void StorePictureParams(const PictureFileInterface* const other);
@@ -86,9 +88,12 @@ class TYMPAN_API PictureFileInterface : public BasePictureIF {
     /// Frees the row buffer, if there is one.
     virtual void ReleaseRowBuffer();
 
-    /// One row's scratch memory, owned by the object from its opening to the next one.
+    /// @{
+    /// One row's scratch memory, owned by the object from its opening to the next one; null without
+    /// one.
     unsigned char* CurrRowBuffer() { return rowBuffer_.get(); }
     const unsigned char* CurrRowBuffer() const { return rowBuffer_.get(); }
+    /// @}
     /// Takes over an array made with `new[]`, of at least the record's `RowSize`. The one before is
     /// not freed.
     void CurrRowBuffer(unsigned char* buffer);

@@ -14,9 +14,14 @@ class JpegCompBlocksInfo;
 /// A copy shares both buffers with its source; the last of those that share one frees it.
 class TYMPAN_API PictureRowsData {
   public:
+    /// Without blocks and buffers.
     PictureRowsData() = default;
+    /// @{
+    /// Shares both buffers with the source.
     PictureRowsData(const PictureRowsData&) = default;
     PictureRowsData& operator=(const PictureRowsData&) = default;
+    /// @}
+    /// Gives up the object's share in its buffers.
     virtual ~PictureRowsData();
 
     /// The bytes, or null; they hold as long as one of the objects that share them.
@@ -30,13 +35,17 @@ class TYMPAN_API PictureRowsData {
     /// The place in `Data` of each block that was loaded, in ascending order; null without any
     /// room.
     unsigned int* RowsOffsets() const { return rowsOffsets_.get(); }
+    /// Entries of `RowsOffsets` that are filled.
     unsigned int RowsOffsetsSize() const { return rowsOffsetsSize_; }
+    /// Entries that `RowsOffsets` has room for.
     unsigned int RowsOffsetsBufferSize() const { return rowsOffsetsBufferSize_; }
 
-    /// The failure code of the index that the blocks were looked up in. When it isn't 0, no block
-    /// was loaded.
+    /// @{
+    /// The failure code of the index that the blocks were looked up in: 0 or 90062. When it isn't
+    /// 0, no block was loaded.
     unsigned long TraceStatus() const { return traceStatus_; }
     void TraceStatus(unsigned long status) { traceStatus_ = status; }
+    /// @}
 
     /// Fills a fresh object with the blocks from `firstBlock` to `lastBlock`, both included; with
     /// `wrap`, a first one above the last runs over the end of the index and on from its beginning.
@@ -51,26 +60,34 @@ class TYMPAN_API PictureRowsData {
   protected:
     /// Takes over an array made with `new[]`, in place of this object's share in the one before.
     void Data(unsigned char* data);
+    /// As `Data`.
+    void RowsOffsets(unsigned int* offsets);
+    /// @{
+    /// Sets what the public one of the name tells; no buffer changes.
     void DataSize(unsigned int bytes) { dataSize_ = bytes; }
     void DataBufferSize(unsigned int bytes) { dataBufferSize_ = bytes; }
     void DataBlocks(unsigned int blocks) { dataBlocks_ = blocks; }
-    /// As `Data`.
-    void RowsOffsets(unsigned int* offsets);
     void RowsOffsetsSize(unsigned int entries) { rowsOffsetsSize_ = entries; }
     void RowsOffsetsBufferSize(unsigned int entries) { rowsOffsetsBufferSize_ = entries; }
+    /// @}
 
+    /// Makes a new buffer of that many bytes, in place of this object's share in the one before.
     /// \throws IllegalSizeException* ("Data") for 0 bytes; MemoryAllocException*.
     void AllocateDataBuffer(unsigned int size);
+    /// The same for the offsets.
     /// \throws IllegalSizeException* ("Rows Offsets") for 0 entries; MemoryAllocException*.
     void AllocateRowsOffsetsBuffer(unsigned int entries);
     /// Both, the data first. \throws as they do.
     void AllocateBuffers(unsigned int size, unsigned int entries);
 
-    /// Gives up this object's share in the buffer, and sets the sizes to 0.
+    /// @{
+    /// Gives up this object's share in the buffer or both, and sets its sizes to 0.
     void ReleaseDataBuffer();
     void ReleaseRowsOffsetsBuffer();
     void ReleaseBuffers();
+    /// @}
 
+    /// Appends an offset.
     /// \throws BufferSizeException by value ("'Rows Offsets'") when there is no room for it.
     void AddOffset(unsigned int offset);
 

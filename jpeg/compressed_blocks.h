@@ -36,6 +36,7 @@ namespace tympan {
 /// The allocator of arrays that are to be read into: what it makes has no value yet.
 template <typename Value>
 struct UnsetAllocator : std::allocator<Value> {
+    /// Leaves the memory as it is.
     template <typename Other>
     void construct(Other* place) noexcept
     {
@@ -49,6 +50,7 @@ struct UnsetAllocator : std::allocator<Value> {
 /// `JpegFileInterface`; a client gets no index of its own.
 class JpegCompBlocksInfo {
   public:
+    /// Empty and closed.
     JpegCompBlocksInfo() = default;
     JpegCompBlocksInfo(const JpegCompBlocksInfo&) = delete;
     JpegCompBlocksInfo& operator=(const JpegCompBlocksInfo&) = delete;
@@ -93,9 +95,11 @@ class JpegCompBlocksInfo {
     unsigned long TraceStatus() const { return trace_.Status(); }
     /// Factor from the side file's units to inches, as it was read.
     double FileSizeUnitsFactor() const { return fileSizeUnitsFactor_; }
-    /// In inches, once read.
+    /// @{
+    /// In inches, once read; the reference holds as long as the index.
     const double& HeightInUnits() const { return sizeInUnits_.first; }
     const double& WidthInUnits() const { return sizeInUnits_.second; }
+    /// @}
     /// A number of the side file that is handed on as it stands; 0 in one that this library wrote.
     std::uint32_t McuNumber() const { return mcuNumber_; }
 

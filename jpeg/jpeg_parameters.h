@@ -47,9 +47,11 @@ class JpegTable {
     /// Copies all bytes of the table to an array that has room for them; nothing to a null one.
     void CopyData(unsigned char* target) const;
 
+    /// @{
     /// File position of the segment's length field; 0 when the segment wasn't found.
     unsigned short Offset() const { return offset_; }
     void Offset(unsigned short offset) { offset_ = offset; }
+    /// @}
     /// Bytes of the table: the segment's length field less 3, in 16 bits.
     unsigned short Length() const { return length_; }
     /// Second byte of the marker that the table looks for.
@@ -74,6 +76,7 @@ class JpegTable {
 /// `Clear()` nor closing a file touches the tables; the next `Load` replaces those that it finds.
 class TYMPAN_API JpegPictureParameters : public PictureParameters {
   public:
+    /// Empty, with tables that look for their segments.
     JpegPictureParameters();
     /// A fresh record whose tables look for no marker; of the source only the `CurrentOffset`.
     JpegPictureParameters(const JpegPictureParameters& other);
@@ -83,9 +86,11 @@ class TYMPAN_API JpegPictureParameters : public PictureParameters {
 
     /// Reads the segments and takes sizes in pixels, `NumberOfSeparations` (the components) and the
     /// first separation (the identifier of the first component, less 1) from the frame header. A
-    /// file failure in the reading of a segment leaves that one's table empty and is not told.
+    /// file failure in the reading of a segment, or memory that runs out, leaves that one's table
+    /// empty, and the sizes at 0 where it is the frame header's; neither is told.
     /// Resolutions follow from the sizes in units that the record has.
-    /// \return true.
+    /// \return true. (90043, a cleared record and false stand for a `LoadFailedException`, which no
+    ///   step of this class throws.)
     /// \throws JpegTable::RetrieveValueException by value, when no frame header was found or it is
     ///   too short.
     bool Load(CFile& file) override;
@@ -94,12 +99,18 @@ class TYMPAN_API JpegPictureParameters : public PictureParameters {
     bool Save(CFile& file) const override;
 
   protected:
-    // Steps of `Load`, in their order. Each begins at `CurrentOffset` and moves it behind what it
-    // read.
+    /// \name Steps of `Load`, in their order
+    /// Each begins at `CurrentOffset` and moves it behind what it read.
+    /// @{
+
+    /// Reads the quantization segment.
     void LoadQuantizationTable(CFile& file);
+    /// Reads the frame header, and takes sizes and components out of it.
     /// \throws JpegTable::RetrieveValueException by value.
     void LoadImageParameters(CFile& file);
+    /// Reads the two Huffman segments.
     void LoadHuffmanTable(CFile& file);
+    /// @}
 
     /// Takes the sizes out of the frame header. \throws JpegTable::RetrieveValueException by value.
     void RetrieveFileSizeInPixels();
@@ -115,9 +126,13 @@ class TYMPAN_API JpegPictureParameters : public PictureParameters {
     /// As that, for the quantization table.
     unsigned short RetrieveQuantizationTableData(unsigned char*& table) const;
 
+    /// @{
     /// Where the next segment is looked for.
     unsigned short CurrentOffset() const { return currentOffset_; }
     void CurrentOffset(unsigned short offset) { currentOffset_ = offset; }
+    /// @}
+    /// @{
+    /// The `Offset` of each table.
     unsigned short ImageParamsOffset() const { return imageParamsTable_.Offset(); }
     void ImageParamsOffset(unsigned short offset) { imageParamsTable_.Offset(offset); }
     unsigned short HuffmanDcOffset() const { return huffmanDcTable_.Offset(); }
@@ -126,7 +141,10 @@ class TYMPAN_API JpegPictureParameters : public PictureParameters {
     void HuffmanAcOffset(unsigned short offset) { huffmanAcTable_.Offset(offset); }
     unsigned short QuantizationOffset() const { return quantizationTable_.Offset(); }
     void QuantizationOffset(unsigned short offset) { quantizationTable_.Offset(offset); }
+    /// @}
 
+    /// @{
+    /// The four tables, the record's own.
     const JpegTable& ImageParamsTable() const { return imageParamsTable_; }
     JpegTable& ImageParamsTable() { return imageParamsTable_; }
     const JpegTable& HuffmanDcTable() const { return huffmanDcTable_; }
@@ -135,6 +153,7 @@ class TYMPAN_API JpegPictureParameters : public PictureParameters {
     JpegTable& HuffmanAcTable() { return huffmanAcTable_; }
     const JpegTable& QuantizationTable() const { return quantizationTable_; }
     JpegTable& QuantizationTable() { return quantizationTable_; }
+    /// @}
 
   private:
     friend class JpegFileInterface; // hands the tables out

@@ -71,8 +71,7 @@ class BlockWriter {
     }
     void Flush()
     {
-        if (size_ != 0)
-            file_.Write(block_.get(), static_cast<unsigned int>(size_));
+        file_.Write(block_.get(), static_cast<unsigned int>(size_));
         size_ = 0;
     }
 

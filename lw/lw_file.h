@@ -17,6 +17,7 @@ class VelmarLWFileInterface;
 namespace tympan {
 struct FailureRow;
 struct Format;
+/// The format's row of the list that the factory walks; for the library alone.
 Format LwFormat();
 struct PlacedRows;
 struct RowWidth;
@@ -59,6 +60,7 @@ struct CompressParameters {
 /// needed.
 class TYMPAN_API LWFileInterface : public PictureFileInterface {
   public:
+    /// The failure of an index that isn't in the table, by its name here.
     using IllegalColorIndexException = ::IllegalColorIndexException;
 
     ~LWFileInterface() override;
@@ -214,6 +216,7 @@ class TYMPAN_API LWFileInterface : public PictureFileInterface {
     /// end of `source`. Both files stay open, behind the last row read and written.
     /// \param source the object's file, or another opening of it.
     /// \param target open for writing; written from its start on.
+    /// \param crop the rectangle; may be null.
     /// \throws CFileException* from either file; std::bad_alloc.
     void CreateCropedLWFile(CFile& source, CFile& target, CompressParameters* crop);
 
@@ -232,31 +235,42 @@ class TYMPAN_API LWFileInterface : public PictureFileInterface {
     /// @}
 
   protected:
+    /// Closed, with a fresh `LwPictureParameters`.
     LWFileInterface();
 
     /// Whether the first row ends exactly at the width. Looks at no more than that row.
     /// \throws CFileException*.
     static bool isTypeOf(CFile& file);
+    /// What `create_lw_file_object` gives.
     static LWFileInterface* Create(const CString& fileName, bool inputFile);
 
-    // Steps of a reader that goes by two bytes at a time, each at the file's current position.
+    /// \name A reader of two bytes at a time
+    /// Each step is done at the file's current position. \throws CFileException*, all of them.
+    /// @{
 
+    /// Reads two bytes.
     /// \throws ReadFileException* ("Could not read LW file!") when fewer than two bytes come.
     void ReadFile(unsigned char* buffer);
+    /// Reads a delimiter into `buffer`.
     /// \throws as `ReadFile`; FileCorruptedException* ("Row delimiter missing!") for bytes that are
     ///   no delimiter.
     void CheckRowDelimiters(unsigned char* buffer);
     /// As `CheckRowDelimiters`, and copies the two bytes to `out`, which moves on.
     void CopyRowDelimiters(unsigned char* buffer, unsigned char*& out);
+    /// Whether both bytes are 0.
     bool IsRowDelimiter(unsigned char* pair);
+    /// @}
+    /// Proves a row's sum of lengths.
     /// \throws FileCorruptedException* ("Bad row integrity!") unless `pixels` is the width.
     void CheckRowIntegrity(int pixels);
     /// Rows of the colour table.
     unsigned char ColorsNumber() const;
 
+    /// @{
     /// File offset of row 0; 255 until an input file is opened.
     int LwDataStartPosition() const { return lwDataStartPosition_; }
     void LwDataStartPosition(int position) { lwDataStartPosition_ = position; }
+    /// @}
     /// File offset of each row, or null. The object's, until the next opening or validity check.
     unsigned long long* LwFileArray() const { return lwFileArray_.get(); }
     /// Takes over an array made with `new[]`, of an entry for each row of the record. The one before
@@ -264,6 +278,7 @@ class TYMPAN_API LWFileInterface : public PictureFileInterface {
     void LwFileArray(unsigned long long* offsets);
     /// Frees the offsets.
     void DeallocateAll();
+    /// As the record's of that name.
     void CalcTableTransparentColor();
 
     /// Appends the padding of a row of the plain stream at `buffer`, which moves on. `value` and
@@ -326,7 +341,7 @@ class TYMPAN_API LWFileInterface : public PictureFileInterface {
     std::unique_ptr<tympan::RunBlock> block_;
 };
 
-/// Makes an LW object and opens it, for reading or for writing a new file.
+/// Makes an LW object and opens it, for reading (`inputFile` true) or for writing a new file.
 /// \return an object that the caller destroys, also when the opening failed: see `ObjectStatus()`,
 ///   `TraceStatus()`, `ErrorMsg()`. Null when memory ran out.
 TYMPAN_API LWFileInterface* create_lw_file_object(const CString& fileName, bool inputFile);

@@ -28,6 +28,7 @@ class TYMPAN_API LwPictureParameters : public PictureParameters {
     /// Stands in `TransparentColor` and in rows of the transparent colour table for "none".
     static constexpr unsigned short kNoColour = 65535;
 
+    /// Empty, without tables.
     LwPictureParameters();
     /// Takes over the transparent values, the file's number of colours, and the size of the colour
     /// table, whose values are all 0. Nothing of the common header comes along.
@@ -72,8 +73,10 @@ class TYMPAN_API LwPictureParameters : public PictureParameters {
     unsigned char GetColor(unsigned char row, const ColorSeparationType& separation) const;
     /// Sets an ink value; what isn't in the table takes none.
     void SetColor(const ColorSeparationType& separation, unsigned char row, unsigned char value);
-    /// The ink value that stands for transparent in a separation; 65535 for none.
+    /// The ink value that stands for transparent in a separation; 65535 for none, and for what is
+    /// no separation.
     unsigned short GetTransparentColor(const ColorSeparationType& separation) const;
+    /// Sets that value, and nothing else; what is no separation takes none.
     void SetTransparentColor(const ColorSeparationType& separation, unsigned char value);
     /// `TableColorsNumber` rows of four ink values, or null; the record's, until the next `Load`,
     /// assignment or destruction.
@@ -83,31 +86,49 @@ class TYMPAN_API LwPictureParameters : public PictureParameters {
     /// Whether an index, from 1, is not above the table's rows.
     bool IsColorIndexLegal(int index) const { return index <= tableColorsNumber_; }
 
+    /// @{
     /// The name that `SaveHader` writes.
     CString LwFileName() const { return lwFileName_; }
     void LwFileName(CString name) { lwFileName_ = std::move(name); }
+    /// @}
+    /// @{
     /// Bytes of a run stream, as the whole-file object stored it; 0 until then.
     unsigned long LwFileSize() const { return lwFileSize_; }
     void LwFileSize(unsigned long bytes) { lwFileSize_ = bytes; }
+    /// @}
 
   protected:
+    /// @{
+    /// Sets what the public one of the name tells; no table changes.
     void FileColorsNumber(unsigned char count) { fileColorsNumber_ = count; }
     void TableColorsNumber(unsigned char count) { tableColorsNumber_ = count; }
-    /// The four transparent values, by separation.
+    /// @}
+    /// @{
+    /// The four transparent values, by separation. The setter copies four.
     const unsigned short* TransparentColor() const { return transparentColor_.data(); }
     void TransparentColor(const unsigned short* const values);
+    /// @}
+    /// As the public one.
     unsigned char (*ColorsTable())[4] { return colorsTable_.get(); }
     /// Takes over an array made with `new[]`, of `TableColorsNumber` rows. The one before is not
     /// freed.
     void ColorsTable(unsigned char (*const table)[4]);
+    /// @{
+    /// Rows of four numbers, or null: in each column the rows of `ColorsTable` that are transparent
+    /// in that separation, 65535 for none, or what `ForceTransparentColorTable` noted. The record's,
+    /// as `ColorsTable` is.
     const unsigned short (*TransparentColorTable() const)[4] { return transparentTable_.get(); }
     unsigned short (*TransparentColorTable())[4] { return transparentTable_.get(); }
+    /// @}
     /// Takes over an array made with `new[]`, of `FileColorsNumber` rows. The one before is not
     /// freed.
     void TransparentColorTable(unsigned short (*const table)[4]);
+    /// @{
     /// Rows of `TransparentColorTable` that count.
     unsigned short TransparentColorTableSize() const { return transparentTableSize_; }
     void TransparentColorTableSize(unsigned short rows) { transparentTableSize_ = rows; }
+    /// @}
+    /// Whether there is a colour table.
     bool ColorsTableExists() const { return colorsTable_ != nullptr; }
 
     /// The same record as an LW one; null when it is none.
@@ -115,13 +136,24 @@ class TYMPAN_API LwPictureParameters : public PictureParameters {
     /// Copies the transparent values and the file's number of colours.
     void CopyParameters(const LwPictureParameters& other);
 
-    // The header field by field, each at the file's current position. All throw `CFileException*`.
+    /// \name The header field by field
+    /// Each at the file's current position. All throw `CFileException*`.
+    /// @{
+
+    /// Reads one byte; 0 when the file has ended.
     void ReadColorsNumber(CFile& file);
+    /// Writes one byte.
     void SaveLWNumberOfColors(CFile& file) const;
+    /// Writes the first 80 bytes of `LwFileName`, with zeros behind a shorter one.
     void SaveFileName(CFile& file) const;
+    /// Writes "LW".
     void SaveFileType(CFile& file) const;
+    /// Replaces both tables by those of the `FileColorsNumber` records that follow.
+    /// \throws MemoryAllocException* for a table.
     void ReadColorsTable(CFile& file);
+    /// Writes `FileColorsNumber` records of greys.
     void SaveFullGrayScaleColorsTable(CFile& file) const;
+    /// @}
 
     /// Makes a table of that many rows, all 0, or none for 0.
     /// \throws MemoryAllocException*.
@@ -129,8 +161,11 @@ class TYMPAN_API LwPictureParameters : public PictureParameters {
     /// Makes a table of that many rows, and sets it and the transparent values to 65535.
     /// \throws MemoryAllocException*.
     void CreateTransparentColorTable(unsigned char rows);
+    /// @{
+    /// Frees the table, if there is one, and sets its size to 0.
     void DestroyColorsTable();
     void DestroyTransparentColorTable();
+    /// @}
 
     /// Gives pictures without transparent colours transparent values of their own: in each column
     /// below `NumberOfSeparations` the smallest free value, noted for each of `count` colours (rows

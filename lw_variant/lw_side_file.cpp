@@ -22,15 +22,19 @@ bool AreSame(const CString& left, const CString& right)
         return true;
     const std::optional<CString> leftPath = tympan::ResolvePath(left);
     const std::optional<CString> rightPath = tympan::ResolvePath(right);
+    if (!leftPath || !rightPath)
+        return false;
+    const std::filesystem::path first(leftPath->GetString());
+    const std::filesystem::path second(rightPath->GetString());
     std::error_code unknown;
-    return leftPath && rightPath &&
-           std::filesystem::equivalent(leftPath->GetString(), rightPath->GetString(), unknown);
+    return std::filesystem::equivalent(first, second, unknown);
 }
 
 // Creating a file empties it; where sharing is kept to, the open picture can't be created anew.
 void RequireOtherFile(const CString& path, const CString& pictureName, const CFile& picture)
 {
-    if (!AreSame(path, pictureName) && !AreSame(path, picture.GetFilePath()))
+    const CString opened = picture.GetFilePath();
+    if (!AreSame(path, pictureName) && !AreSame(path, opened))
         return;
     auto failure = std::make_unique<CFileException>();
     failure->m_cause = CFileException::sharingViolation;

@@ -19,6 +19,7 @@
 /// `create_velmar_lw_file_object` alone makes these objects.
 class TYMPAN_API VelmarLWFileInterface : public LWFileInterface {
   public:
+    /// Closes the file, and frees the places of the rows.
     ~VelmarLWFileInterface() override;
 
     /// File offset of row 0, from the record: also before a walk.

@@ -21,20 +21,29 @@ struct SharedPicture;
 /// `Load`, and owned by the record of its page.
 class TYMPAN_API BasePageEntry {
   public:
+    /// @{
+    /// With offsets of 0, or those of the other, and its code.
     BasePageEntry();
     BasePageEntry(const BasePageEntry& other);
     BasePageEntry& operator=(const BasePageEntry& other);
+    /// @}
     virtual ~BasePageEntry();
 
-    /// Reads the entry on from behind its type byte.
+    /// Reads the entry on from behind its type byte. \return whether it is loaded.
     virtual bool Load(CFile& file) = 0;
 
-    /// As the file has them, without a unit; this library takes them as inches.
+    /// @{
+    /// As the file has them, without a unit; this library takes them as inches, from the page's
+    /// left and upper edge.
     double XOffset() const { return xOffset_; }
     double YOffset() const { return yOffset_; }
+    /// @}
 
+    /// @{
+    /// The code of the entry's last failure: 0 or 90001.
     unsigned long TraceStatus() const { return trace_.Status(); }
     void TraceStatus(unsigned long status) { trace_.Status(status); }
+    /// @}
 
   protected:
     /// Reads the Y offset and the X offset. A file that ends gives the number that is left of the
@@ -42,8 +51,11 @@ class TYMPAN_API BasePageEntry {
     /// \throws CFileException* of a read.
     virtual void LoadOffsets(CFile& file);
 
+    /// @{
+    /// Sets what the public one of the name tells.
     void XOffset(double offset) { xOffset_ = offset; }
     void YOffset(double offset) { yOffset_ = offset; }
+    /// @}
 
     /// For the failure tables of derived entries.
     tympan::FailureTrace& Failures() { return trace_; }
@@ -61,20 +73,27 @@ class TYMPAN_API BasePageEntry {
 /// share one destroys it.
 class TYMPAN_API PagePictureEntry : public BasePageEntry {
   public:
+    /// @{
+    /// Without a picture, or as the class tells of copies.
     PagePictureEntry();
     PagePictureEntry(const PagePictureEntry& other);
     PagePictureEntry& operator=(const PagePictureEntry& other);
+    /// @}
     ~PagePictureEntry() override;
 
     /// Reads the entry and makes its picture object by `create_picture_object`.
-    /// \return false when the file can't be read, or the path gives no picture object.
-    /// \throws EntryErrorException* when the file ends inside the entry.
+    /// \return false when the file can't be read, or the path gives no picture object; no code is
+    ///   left.
+    /// \throws EntryErrorException* when the file ends inside the entry: "Error reading entry
+    ///   data:\nUnexpected end of file!" in path or window, "An error reading parameters (height,
+    ///   width, etc.) from entry!" in its numbers; std::bad_alloc.
     bool Load(CFile& file) override;
 
     /// Called behind the path; reads what an entry has in front of its offsets, here nothing.
     /// \return false to end the loading, which then gives false.
     virtual bool LoadDummy(CFile& file);
     /// Called behind the angle; reads what an entry has there, here nothing.
+    /// \return what the loading then gives.
     virtual bool LoadSpecific(CFile& file);
 
     /// The path from the file, blanks at its end included.
@@ -90,26 +109,31 @@ class TYMPAN_API PagePictureEntry : public BasePageEntry {
     bool isTypeOf(const unsigned char& type);
 
   protected:
+    /// Sets the path.
     void PictureFileName(const CString& name) { pictureFileName_ = name; }
     /// Takes over a picture object. The one before isn't destroyed: it is the caller's, and copies of
     /// this entry keep showing it.
     void PictureHandle(BasePictureIF* picture);
 
-    // As the file has them, sizes and angle without a unit. This library takes the sizes, which are
-    // those before the turn, as inches, and the angle as degrees counterclockwise.
+    /// @{
+    /// As the file has them, sizes and angle without a unit. This library takes the sizes, which
+    /// are those before the turn, as inches, and the angle as degrees counterclockwise.
     double PictureSupposedHeight() const { return supposedHeight_; }
     void PictureSupposedHeight(double height) { supposedHeight_ = height; }
     double PictureSupposedWidth() const { return supposedWidth_; }
     void PictureSupposedWidth(double width) { supposedWidth_ = width; }
     double PictureRotationAngle() const { return rotationAngle_; }
     void PictureRotationAngle(double angle) { rotationAngle_ = angle; }
+    /// @}
 
-    // Each reads its field at the file's position, and throws `EntryErrorException*` when the file
-    // ends in it and `CFileException*` of a read.
+    /// @{
+    /// Reads the field at the file's position.
+    /// \throws EntryErrorException* when the file ends in it; CFileException* of a read.
     void LoadPictureName(CFile& file);
     void LoadPictureSupposedHeight(CFile& file);
     void LoadPictureSupposedWidth(CFile& file);
     void LoadPictureRotationAngle(CFile& file);
+    /// @}
 
   private:
     friend struct tympan::PageEntryAccess;
@@ -126,9 +150,12 @@ class TYMPAN_API PagePictureEntry : public BasePageEntry {
 /// An entry with an LW picture, whose fields stand two bytes further on behind the path.
 class PageLWEntry : public PagePictureEntry {
   public:
+    /// @{
+    /// As the base.
     PageLWEntry();
     PageLWEntry(const PageLWEntry& other);
     PageLWEntry& operator=(const PageLWEntry& other);
+    /// @}
     ~PageLWEntry() override;
 
     /// Passes over the two bytes. \return false when the file can't be read.
@@ -146,9 +173,12 @@ class PageCTWindowEntry : public PagePictureEntry {
     /// Bytes of `Colors`, the zero byte included.
     static constexpr std::size_t kColors = 32;
 
+    /// @{
+    /// As the base; container and colours are copied.
     PageCTWindowEntry();
     PageCTWindowEntry(const PageCTWindowEntry& other);
     PageCTWindowEntry& operator=(const PageCTWindowEntry& other);
+    /// @}
     ~PageCTWindowEntry() override;
 
     /// Reads the container and the colours up to their zero byte. Of more colours than `Colors` has
@@ -163,6 +193,7 @@ class PageCTWindowEntry : public PagePictureEntry {
     /// \return false when a colour can't be made transparent, for no ink value is free.
     bool ValidateContainer(BasePictureIF* picture);
 
+    /// How many colours there are, 0 to 31.
     unsigned short NumberOfColors() const { return numberOfColors_; }
     /// Place in the page's list of the container's entry; 65535 before the loading.
     unsigned short ContainerEntry() const { return containerEntry_; }

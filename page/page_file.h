@@ -11,6 +11,7 @@
 namespace tympan {
 struct Format;
 struct PageEntryList;
+/// The format's row of the list that the factory walks; for the library alone.
 Format PageFormat();
 } // namespace tympan
 
@@ -20,6 +21,7 @@ Format PageFormat();
 /// destroys it, with its entries, whatever they say of their number. `Clear()` leaves the list alone.
 class TYMPAN_API PageParameters : public PictureParameters {
   public:
+    /// Empty, without a list.
     PageParameters();
     /// Takes over what assignment takes over.
     PageParameters(const PageParameters& other);
@@ -34,7 +36,8 @@ class TYMPAN_API PageParameters : public PictureParameters {
     ///   for an entry of an unknown type, one that the file ends in, one whose path gives no picture
     ///   object, and a CT window whose colours can't be made transparent in its container: the
     ///   entries in front of it stay in the list, and the number of entries is the file's.
-    /// \throws CFileException* from a seek or a read of what stands outside the entries' own fields.
+    /// \throws CFileException* from a seek or a read of what stands outside the entries' own
+    ///   fields; std::bad_alloc.
     bool Load(CFile& file) override;
 
     /// The number that the file counts, cut to 16 bits. The list may have fewer entries.
@@ -43,6 +46,7 @@ class TYMPAN_API PageParameters : public PictureParameters {
     const BasePageEntry* operator[](unsigned short index) const;
 
   protected:
+    /// Sets the number; the list stays.
     void NumberOfEntries(unsigned short count) { numberOfEntries_ = count; }
     /// The places of the list; null without one. `LoadEntries` makes as many as the file counts and
     /// has room for, and those not yet reached are null.
@@ -60,7 +64,9 @@ class TYMPAN_API PageParameters : public PictureParameters {
     /// Reads the entries.
     /// \return false, with the code that stands, when an entry of unknown type meets a record that has
     ///   failed before.
-    /// \throws EntryErrorException* for an entry that is refused; CFileException* of a seek or a read.
+    /// \throws EntryErrorException* for an entry that is refused ("Illegal entry found.\nIt may be
+    ///   a shape entry, or file error!", "An error encountered validating Ct image container (lw
+    ///   picture) with color table!", or as the entry says); CFileException* of a seek or a read.
     virtual bool LoadEntries(CFile& file);
 
   private:
@@ -76,6 +82,7 @@ class TYMPAN_API PageParameters : public PictureParameters {
 /// on a page, itself even, is one such object that nobody has opened.
 class TYMPAN_API PageFileInterface : public BasePictureIF {
   public:
+    /// Closed, with a fresh `PageParameters`.
     PageFileInterface();
     ~PageFileInterface() override;
 
@@ -86,7 +93,8 @@ class TYMPAN_API PageFileInterface : public BasePictureIF {
     /// Opens as `BasePictureIF` does; for an input file that loads all entries. `ObjectStatus` becomes
     /// what is returned, so that a failed object is usable again after an opening that succeeds. A
     /// refused entry leaves its code on the record: `PictureParams()->TraceStatus()`.
-    /// \throws CFileException* of a file that can't be read; `ObjectStatus` is then as it was.
+    /// \throws CFileException* of a file that can't be read, std::bad_alloc; `ObjectStatus` is then
+    ///   as it was.
     bool OpenPictureFile(const CString& fileName, bool inputFile, bool reopen,
                          CFileException* fileError) override;
 

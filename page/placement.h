@@ -15,19 +15,24 @@
 
 namespace tympan {
 
-enum class PlacementType : std::uint8_t { picture = 1, ctWindow = 2, lineWork = 5 };
+/// The types of entries, by their numbers in the file.
+enum class PlacementType : std::uint8_t {
+    picture = 1,  ///< a `PagePictureEntry`
+    ctWindow = 2, ///< a `PageCTWindowEntry`
+    lineWork = 5, ///< a `PageLWEntry`
+};
 
 /// What an entry of a page file says. The file has its numbers without a unit and says nothing of
 /// where they count from; this library takes them as told here.
 struct Placement {
-    PlacementType type = PlacementType::picture;
-    CString path{}; ///< of the picture, as the file has it
-    /// In inches, from the page's left and upper edge to the upper left corner of `BoundsOf`.
+    PlacementType type = PlacementType::picture; ///< what class reads the entry
+    CString path{};                              ///< of the picture, as the file has it
+    /// In inches, from the page's left edge to that of `BoundsOf`.
     double xOffset = 0.0;
+    /// In inches, from the page's upper edge to that of `BoundsOf`.
     double yOffset = 0.0;
-    /// In inches, of the picture before it is turned.
-    double height = 0.0;
-    double width = 0.0;
+    double height = 0.0;   ///< inches, of the picture before it is turned
+    double width = 0.0;    ///< inches, of the picture before it is turned
     double rotation = 0.0; ///< degrees, counterclockwise
     /// Of a CT window: the place in the page's list, from 0, of the entry with the LW picture.
     std::optional<unsigned int> container{};
@@ -35,14 +40,14 @@ struct Placement {
     /// that its rows name them by, from 1.
     std::vector<std::uint8_t> colours{};
 
+    /// Whether all fields are the same.
     bool operator==(const Placement&) const = default;
 };
 
-/// What an entry can hold.
-inline constexpr std::size_t kLongestPlacedPath = 80;  ///< bytes
-inline constexpr std::size_t kMostWindowColours = 31;  ///< numbers
-inline constexpr unsigned int kHighestContainer = 255; ///< place in the list
-inline constexpr std::size_t kMostPageEntries = 65535;
+inline constexpr std::size_t kLongestPlacedPath = 80;  ///< bytes of an entry's path
+inline constexpr std::size_t kMostWindowColours = 31;  ///< numbers that a CT window lists
+inline constexpr unsigned int kHighestContainer = 255; ///< place in the list that it can name
+inline constexpr std::size_t kMostPageEntries = 65535; ///< entries of a page
 
 /// How an entry that was read by itself turned out.
 enum class PageEntryState {
@@ -54,8 +59,8 @@ enum class PageEntryState {
 
 /// One entry of a page file.
 struct PageEntryReading {
-    PageEntryState state = PageEntryState::cutShort;
-    std::uint8_t typeByte = 0;            ///< 0 when the file ends in front of it
+    PageEntryState state = PageEntryState::cutShort; ///< how it turned out
+    std::uint8_t typeByte = 0;                       ///< 0 when the file ends in front of it
     std::optional<Placement> placement;   ///< of an entry that is `fine` or has `noPicture`
     std::unique_ptr<BasePageEntry> entry; ///< of the same; its picture handle only when `fine`
     bool coloursDropped = false;          ///< the file lists more colours than an entry holds
@@ -88,24 +93,25 @@ TYMPAN_API void WritePlacements(CFile& page, std::span<const Placement> placemen
 
 /// A box on the page, in inches from its left and upper edge.
 struct PlacementBounds {
-    double left = 0.0;
-    double top = 0.0;
-    double right = 0.0;
-    double bottom = 0.0;
+    double left = 0.0;   ///< from the page's left edge
+    double top = 0.0;    ///< from its upper edge
+    double right = 0.0;  ///< from its left edge
+    double bottom = 0.0; ///< from its upper edge
 };
 
 /// The box around the turned picture: its upper left corner lies at the placement's offsets. Quarter
 /// turns come out exact. Not finite when the placement isn't.
 TYMPAN_API PlacementBounds BoundsOf(const Placement& placement);
 
-/// In inches.
+/// The size of a picture.
 struct SizeInInches {
-    double height = 0.0;
-    double width = 0.0;
+    double height = 0.0; ///< inches
+    double width = 0.0;  ///< inches
 };
 
 /// The size of an open picture: its pixels over its resolution, in a TIFF's own unit.
 /// \return nothing for a picture without a resolution above 0.
+/// \throws std::bad_alloc.
 TYMPAN_API std::optional<SizeInInches> SizeInInchesOf(const BasePictureIF& picture);
 
 } // namespace tympan

@@ -9,7 +9,7 @@ namespace tympan {
 
 namespace {
 
-InksToBgrForm FastestForm()
+InksToBgrForm FastestForm() noexcept
 {
     const auto forms = InkColourForms();
     return forms.empty() ? InksToBgrPlain : forms.front().toBgr;

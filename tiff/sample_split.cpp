@@ -20,7 +20,7 @@ void TakeOfAny(const SampleChoice& choice, std::uint8_t* out)
         out[i] = *from;
 }
 
-SplitForm FastestForm()
+SplitForm FastestForm() noexcept
 {
     const auto forms = SplitForms();
     return forms.empty() ? SplitForm{ "plain", TakeSamplePlain, TakeSamplePlain, TakeSamplePlain }

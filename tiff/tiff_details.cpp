@@ -6,7 +6,9 @@
 #include "tiff/tiff_kind.h"
 
 #include <algorithm>
+#include <span>
 #include <string>
+#include <string_view>
 
 namespace tympan {
 
@@ -16,28 +18,41 @@ constexpr double kCentimetresOfInch = 2.54;
 constexpr std::uint16_t kMostByte = 255;
 constexpr std::uint16_t kAnything = 0; // as the kind of an extra sample; the others are alpha
 
+constexpr std::string_view kRgb[] = { "Red", "Green", "Blue" };
+constexpr std::string_view kYCbCr[] = { "Y", "Cb", "Cr" };
+constexpr std::string_view kGray[] = { "Gray" };
+constexpr std::string_view kIndex[] = { "Index" };
+constexpr std::string_view kInks[] = { "Cyan", "Magenta", "Yellow", "Black" };
+
 // Of the samples in front; those behind are inks by their number.
-std::vector<std::string> NamesOf(const TiffFileParam& record)
+std::span<const std::string_view> NamesOf(const TiffFileParam& record)
 {
     switch (record.ColorSet()) {
-    case RgbColorSet: return { "Red", "Green", "Blue" };
-    case YCbCrColorSet: return { "Y", "Cb", "Cr" };
+    case RgbColorSet: return kRgb;
+    case YCbCrColorSet: return kYCbCr;
     case BilevelColorSet:
-    case InverseGrayColorSet: return { "Gray" };
-    case GrayColorSet: return { record.Photometric() == photometric::kPalette ? "Index" : "Gray" };
+    case InverseGrayColorSet: return kGray;
+    case GrayColorSet:
+        if (record.Photometric() == photometric::kPalette)
+            return kIndex;
+        return kGray;
     case CmykColorSet:
     case FiveColorSet:
     case SixColorSet:
     case SevenColorSet:
-    case EightColorSet: return { "Cyan", "Magenta", "Yellow", "Black" };
-    case NoColorSet: return {};
+    case EightColorSet: return kInks;
+    case NoColorSet: break;
     }
     return {};
 }
 
 std::vector<std::string> ChannelsOf(const TiffFileParam& record, const TiffInfo& info)
 {
-    std::vector<std::string> names = info.inkNames.empty() ? NamesOf(record) : info.inkNames;
+    std::vector<std::string> names = info.inkNames;
+    if (names.empty()) {
+        const auto usual = NamesOf(record);
+        names.assign(usual.begin(), usual.end());
+    }
     names.resize(static_cast<std::size_t>(record.ColorSeparation()));
     const std::string other = record.Photometric() == photometric::kSeparated ? "Ink " : "Channel ";
     for (std::size_t i = 0; i < names.size(); ++i) {
@@ -77,12 +92,17 @@ double InchesFactor(std::uint16_t unit)
 
 } // namespace
 
+struct TiffDetailsAccess {
+    static tiff* OpenIn(const TiffFileInterface& picture) { return picture.tiff_.get(); }
+};
+
 std::optional<TiffDetails> TiffDetailsOf(const BasePictureIF& picture)
 {
     const auto* const file = dynamic_cast<const TiffFileInterface*>(&picture);
-    if (file == nullptr || file->tiff_ == nullptr)
+    tiff* const open = file == nullptr ? nullptr : TiffDetailsAccess::OpenIn(*file);
+    if (open == nullptr)
         return std::nullopt;
-    const TiffInfo info = TiffInfoOf(file->tiff_.get());
+    const TiffInfo info = TiffInfoOf(open);
     const TiffFileParam& record = *file->GetPictureParams();
     TiffDetails details;
     details.channels = ChannelsOf(record, info);

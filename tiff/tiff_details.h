@@ -14,6 +14,7 @@ class BasePictureIF;
 
 namespace tympan {
 
+/// What the directory of a TIFF tells beside the record.
 struct TiffDetails {
     /// For each sample of a pixel: the file's ink names where it has them, else "Cyan", "Red", "Gray",
     /// "Ink 5", "Alpha 4" and the like.

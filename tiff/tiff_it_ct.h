@@ -13,6 +13,7 @@ class TYMPAN_API TiffItCtP1Interface : public tympan::TiffItWithoutRows {
     TiffItCtP1Interface(const CString& fileName, bool inputFile);
     ~TiffItCtP1Interface() override;
 
+    /// As the base.
     bool OpenPictureFile(const CString& fileName, bool inputFile, bool reopen,
                          CFileException* fileError) override;
 

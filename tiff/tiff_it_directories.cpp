@@ -126,7 +126,9 @@ bool TiffItP1Interface::ReadHeader(CFile& file)
     m_FirstIfdOffset = numbers.Long(4);
     if (numbers.Short(2) != tympan::kTiffVersion)
         return Fail(tympan::code::kTiffItVersion);
-    return m_FirstIfdOffset % 2 == 0 || Fail(tympan::code::kTiffItOddOffset);
+    if (m_FirstIfdOffset % 2 != 0)
+        return Fail(tympan::code::kTiffItOddOffset);
+    return true;
 }
 
 bool TiffItP1Interface::ReadIfds(CFile& file)

@@ -23,30 +23,37 @@ struct IfdEntry {
         std::variant<std::monostate, std::vector<std::uint8_t>, std::vector<std::uint16_t>,
                      std::vector<std::uint32_t>, std::vector<double>>;
 
+    /// @{
+    /// Without values, or with those of the other.
     IfdEntry() = default;
     IfdEntry(const IfdEntry&) = default;
     IfdEntry(IfdEntry&&) noexcept = default;
     IfdEntry& operator=(const IfdEntry&) = default;
     IfdEntry& operator=(IfdEntry&&) noexcept = default;
+    /// @}
     virtual ~IfdEntry();
 
-    std::uint16_t Tag = 0;
-    std::uint16_t Type = 0;
-    std::uint32_t Count = 0;
+    std::uint16_t Tag = 0;         ///< what the field is
+    std::uint16_t Type = 0;        ///< of its values
+    std::uint32_t Count = 0;       ///< of its values
     std::uint32_t ValueOffset = 0; ///< in the file; 0 for values that stand inside the entry
-    Values Data;
+    Values Data;                   ///< the values
 };
 
 /// A directory. The records of a file share one list of fields, of which each shows those up to its
 /// own end: a later directory has the fields of the earlier ones in front of its own.
 struct IfdEntries {
+    /// Shows all that the list has now; fields that are added later belong to later directories.
     IfdEntries(std::uint16_t numberOfEntries, std::shared_ptr<const std::vector<IfdEntry>> list,
                std::uint32_t nextIfdOffset);
+    /// @{
+    /// Shares the list.
     IfdEntries(const IfdEntries&) = default;
     IfdEntries& operator=(const IfdEntries&) = default;
+    /// @}
     virtual ~IfdEntries();
 
-    /// Valid as long as a record of the file is.
+    /// The fields; they hold as long as a record of the file does.
     std::span<const IfdEntry> Entries() const { return { list_->data(), shown_ }; }
 
     std::uint16_t NumberOfEntries; ///< of this directory alone
@@ -59,9 +66,9 @@ struct IfdEntries {
 
 /// Where a strip stands.
 struct StripInfo {
-    std::uint32_t Offset = 0;
-    std::uint32_t RowsPerStrip = 0xFFFFFFFF;
-    std::uint32_t ByteCount = 0;
+    std::uint32_t Offset = 0;                ///< in the file
+    std::uint32_t RowsPerStrip = 0xFFFFFFFF; ///< as the file says; this value where it doesn't
+    std::uint32_t ByteCount = 0;             ///< as the file says
 };
 
 /// What the two TIFF/IT picture classes share: opening a file and reading its structure. Of its
@@ -79,16 +86,18 @@ class TiffItP1Interface : public PictureFileInterface {
     /// The bare name of the file that is open, with `reopen` false, is answered with true at once, but
     /// the strips are forgotten. `inputFile` has no effect: it is always read.
     /// \param fileError may be null; when given, an opening of the file that fails throws it, filled.
-    /// \return false, and `ObjectStatus` false, when the file can't be opened. False with a code, and
-    ///   the file still open, for a structure that can't be read: 90052 where it is cut short, 90056
-    ///   for another version than 42, 90057 for a first directory at an odd offset, 90058 for an
-    ///   unknown type of values, 90001 for a read that fails, 90050 for a chain of directories without
-    ///   an end and for more directories, fields or values than the file has room for.
-    /// \throws CFileException* of a read between the values.
+    /// \return false, and `ObjectStatus` false, when the file can't be opened. False with a code,
+    ///   and the file still open, for a structure that can't be read: 90052 where it is cut short,
+    ///   90056 for another version than 42, 90057 for a first directory at an odd offset, 90058 for
+    ///   an unknown type of values, 90001 for a read that fails, 90050 for a chain of directories
+    ///   without an end and for more directories, fields or values than the file has room for.
+    ///   There is no text, but of a read that fails the platform's message in `TraceStatusString`.
+    /// \throws CFileException* of a read between the values; std::bad_alloc.
     bool OpenPictureFile(const CString& fileName, bool inputFile, bool reopen,
                          CFileException* fileError) override;
 
   protected:
+    /// Closed; forgets sizes and strips.
     TiffItP1Interface();
 
     /// Reads the 8 bytes at the file's position. \return false with a code.
@@ -105,13 +114,14 @@ class TiffItP1Interface : public PictureFileInterface {
     /// The strips that `Display` goes through: as many as the file counts and the table holds.
     static std::span<const StripInfo> Strips();
 
-    static std::uint16_t m_ByteOrder; ///< 0x4D4D: the high byte first; any other: the low one
-    static std::uint32_t m_FirstIfdOffset;
-    static std::uint32_t m_ImageWidth;
-    static std::uint32_t m_ImageLength;
-    static std::uint32_t m_StripCount;
+    static std::uint16_t m_ByteOrder;      ///< 0x4D4D: the high byte first; any other: the low one
+    static std::uint32_t m_FirstIfdOffset; ///< in the file
+    static std::uint32_t m_ImageWidth;     ///< in pixels; 0 where the file doesn't tell
+    static std::uint32_t m_ImageLength;    ///< in pixels; 0 where the file doesn't tell
+    static std::uint32_t m_StripCount;     ///< as the field of the strips' offsets counts them
+    /// The strips, as many as the first of their fields has values; none without such a field.
     static std::optional<std::vector<StripInfo>> m_Strips;
-    static std::vector<IfdEntries> m_Ifds;
+    static std::vector<IfdEntries> m_Ifds;   ///< the directories, in the order of their chain
     static std::uint32_t m_PreviousIfdCount; ///< of the file before
 
   private:
@@ -134,20 +144,29 @@ namespace tympan {
 /// The rows of both TIFF/IT picture classes: there are none.
 class TYMPAN_API TiffItWithoutRows : public TiffItP1Interface {
   public:
-    /// None. \return null or 0.
+    /// \name Rows
+    /// There are none. \return null or 0, without a code.
+    /// @{
+
+    /// Null.
     PictureRowsData* GetPictureRow(const ColorSeparationType& separation, unsigned int row,
                                    double scanAxisResolution, double xScanAxisResolution) override;
+    /// 0.
     unsigned long GetPictureRow(unsigned char* buffer, unsigned int row,
                                 ColorSeparationType separation, double scanAxisResolution,
                                 double xScanAxisResolution, unsigned long bufferSize) override;
+    /// Null.
     PictureRowsData* GetPictureRows(const ColorSeparationType& separation, unsigned int firstRow,
                                     unsigned int lastRow, bool wrap) override;
+    /// 0.
     unsigned long GetPictureRows(unsigned char* buffer, unsigned int firstRow, unsigned int lastRow,
                                  unsigned int& rowsInfo, unsigned long* offsets,
                                  ColorSeparationType separation, unsigned long bufferSize,
                                  bool wrap) override;
+    /// @}
 
   protected:
+    /// As the base.
     TiffItWithoutRows() = default;
 
   private:

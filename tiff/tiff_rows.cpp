@@ -56,9 +56,10 @@ bool TiffFileInterface::ReadToRowBuffer(std::uint64_t row)
     const bool hasRoom =
         TiffGivesRows(tiff_.get()) &&
         (CurrRowBuffer() == nullptr ? AllocateRowBuffer(size) : RowBufferHolds(size));
-    return (hasRoom && TiffReadScanline(tiff_.get(), CurrRowBuffer(),
-                                        static_cast<unsigned int>(row), 0) == 1) ||
-           FailAsLibrary(tympan::code::kTiffFailed);
+    if (hasRoom &&
+        TiffReadScanline(tiff_.get(), CurrRowBuffer(), static_cast<unsigned int>(row), 0) == 1)
+        return true;
+    return FailAsLibrary(tympan::code::kTiffFailed);
 }
 
 bool TiffFileInterface::ReadSeparation(unsigned char* buffer, std::uint64_t row,
@@ -80,7 +81,7 @@ unsigned long TiffFileInterface::GetPictureRow(unsigned char* buffer, unsigned i
     if (!Fits(buffer, row, bufferSize, samples.bytes))
         return Fail(tympan::code::kTiffFailed, kDiscrepancy);
     if (samples.ofPixel == 1)
-        return ReadWhole(buffer, row) || FailAsLibrary(tympan::code::kTiffFailed);
+        return ReadWhole(buffer, row) ? 1 : FailAsLibrary(tympan::code::kTiffFailed);
     if (!samples.IsThere())
         return Fail(tympan::code::kTiffFailed, kNoSeparation);
     return ReadSeparation(buffer, row, samples);

@@ -160,13 +160,21 @@ OpenedPicture OpenAnyPicture(const CString& path)
     return refused;
 }
 
+struct JpegIndexAccess {
+    static const JpegCompBlocksInfo& Of(const JpegFileInterface& picture)
+    {
+        return picture.CompressedBlocksInfo();
+    }
+    static bool HasPicture(const JpegFileInterface& picture) { return picture.IsPictureFileOpen(); }
+};
+
 std::optional<JpegIndex> IndexOf(const BasePictureIF& picture)
 {
     const auto* const jpeg = dynamic_cast<const JpegFileInterface*>(&picture);
-    if (jpeg == nullptr || !jpeg->CompressedBlocksInfo().IsOpen())
+    if (jpeg == nullptr || !JpegIndexAccess::Of(*jpeg).IsOpen())
         return std::nullopt;
-    const JpegCompBlocksInfo& index = jpeg->CompressedBlocksInfo();
-    const bool isOpen = jpeg->IsPictureFileOpen();
+    const JpegCompBlocksInfo& index = JpegIndexAccess::Of(*jpeg);
+    const bool isOpen = JpegIndexAccess::HasPicture(*jpeg);
     return JpegIndex{ index.Blocks(),
                       index.FileSizeUnitsFactor(),
                       index.HeightInUnits(),

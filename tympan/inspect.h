@@ -35,12 +35,14 @@ struct OpenedPicture {
 /// is taken. When the header names by its type a format that was asked before, as damaged line work
 /// does that passes for a CT, that format's object is given, which refuses it. If none opens, the
 /// first object that refused is given, for its codes and texts.
-/// \throws CFileException* when the file can't be opened at all.
+/// \throws CFileException* when the file can't be opened at all, or what the tests look at not be read;
+///   std::bad_alloc.
 TYMPAN_API OpenedPicture OpenAnyPicture(const CString& path);
 
 /// Opens a file as input with an object of the named format, whatever the file looks like; of
 /// `kTiffItName` as `OpenTiffIt` does.
 /// \return without an object when there is no format of that name.
+/// \throws what `OpenTiffIt` throws, for its name alone; std::bad_alloc.
 TYMPAN_API OpenedPicture OpenPictureAs(const CString& path, std::string_view format);
 
 /// What `OpenedPicture` and `OpenPictureAs` call a TIFF/IT file. It isn't one of `FormatNames()`: no
@@ -54,16 +56,16 @@ TYMPAN_API std::optional<TiffItKind> TiffItKindOf(const CString& path);
 
 /// Opens a TIFF/IT file with an object of its kind. A file that is neither gives a closed one with the
 /// code in its `TraceStatus`.
-/// \throws CFileException* when the file can't be opened at all.
+/// \throws CFileException* when the file can't be opened at all, or its directories not be read.
 TYMPAN_API OpenedPicture OpenTiffIt(const CString& path);
 
 /// The index of a JPEG, as its object read it from the side file.
 struct JpegIndex {
     /// Where the bands of 8 rows stand; the object's, until it is opened again or destroyed.
     std::span<const CompressedLine> blocks;
-    double factor = 0.0;        ///< from the side file's units to inches
-    double heightInUnits = 0.0; ///< in inches
-    double widthInUnits = 0.0;
+    double factor = 0.0;         ///< from the side file's units to inches
+    double heightInUnits = 0.0;  ///< in inches
+    double widthInUnits = 0.0;   ///< in inches
     std::uint32_t mcuNumber = 0; ///< of the side file; 0 in one that this library wrote
     /// Whether there is a block for each 8 rows or part of them, all inside the open file, none
     /// reversed, each behind the one before.
@@ -84,15 +86,18 @@ enum class SideFileState {
     foreign, ///< a file of another kind: a JPEG file of the same name has such a one
 };
 
+/// A line-work file's side file.
 struct LineWorkSideFile {
-    CString path;
-    SideFileState state = SideFileState::none;
+    CString path;                              ///< where it has its place
+    SideFileState state = SideFileState::none; ///< what stands there
 };
 
 /// Compares the side file's number with the length of the file, without a look at the rows: they
 /// must fill the file from the first on, and nothing stand behind them.
 /// \param path the picture's
-/// \throws CFileException* when a file that is open can't be read; std::bad_alloc.
+/// \param record of the open picture: its colours tell where the rows begin
+/// \throws CFileException* when there is a side file and the picture can't be opened, and when either
+///   can't be read; std::bad_alloc.
 TYMPAN_API LineWorkSideFile SideFileOf(const CString& path, const LwPictureParameters& record);
 
 /// Whether a file is a line-work file's side file with a size in it.

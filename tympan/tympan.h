@@ -26,3 +26,6 @@
 #include "tiff/tiff_it_lw.h"
 #include "tympan/check.h"
 #include "tympan/version.h"
+
+/// \namespace tympan
+/// What the library adds of its own to the classes of the interface, which stand outside of it.
