@@ -51,7 +51,9 @@ class TYMPAN_API CFile {
     /// \param flags one mode, with `modeCreate` and others joined by `|`. A mode that there isn't
     ///   is refused as `hardIO`.
     /// \param error filled on failure when given: cause, system's number and the path as given.
-    /// \return TRUE, or FALSE on failure; nothing is thrown for a file that can't be opened.
+    /// \return TRUE, or FALSE on failure; nothing is thrown for a file that can't be
+    ///   opened.
+    /// \throws std::bad_alloc for the path in `error`.
     virtual BOOL Open(const char* path, UINT flags, CFileException* error = nullptr);
 
     /// Reads from the position on, and moves it by the count read.

@@ -137,7 +137,8 @@ TEST(GdiOracle, FilledStretchesAreRectanglesOfTheSystem)
     EXPECT_GT(drawn, 300);
 }
 
-// With a colour table the system copies coarser than it sets points: there, points are the measure.
+// With a colour table the system copies by another rule than it sets points: there, points are the
+// measure.
 TEST(GdiOracle, CopiedStretchesAreBitmapsOfTheSystem)
 {
     Dice dice;
