@@ -115,9 +115,10 @@ TEST(GdiOracle, PointsAreThoseOfTheSystem)
     EXPECT_GT(drawn, 5000);
 }
 
-TEST(GdiOracle, FilledStretchesAreRectanglesOfTheSystem)
+// Draws stretches on random bitmaps, each by `draw(pair, at)` on both sides.
+template <typename Draw>
+void ExpectEqualStretches(Dice& dice, Draw draw)
 {
-    Dice dice;
     int drawn = 0;
     for (int round = 0; round < 3000; ++round) {
         const FullInfo info = dice.Info();
@@ -125,16 +126,23 @@ TEST(GdiOracle, FilledStretchesAreRectanglesOfTheSystem)
                      std::to_string(info.header.biBitCount));
         const Pair pair(info, dice);
         const std::vector<std::uint8_t> before(pair.bits, pair.bits + pair.Bytes());
-        const SystemPoint at = pair.Moved(dice.Point());
+        draw(pair, pair.Moved(dice.Point()), info.header.biBitCount);
+        ASSERT_TRUE(pair.AreEqual());
+        drawn += !std::equal(before.begin(), before.end(), pair.bits);
+    }
+    EXPECT_GT(drawn, 300);
+}
+
+TEST(GdiOracle, FilledStretchesAreRectanglesOfTheSystem)
+{
+    Dice dice;
+    ExpectEqualStretches(dice, [&](const Pair& pair, SystemPoint at, int) {
         const int count = dice.Upto(60);
         const COLORREF colour = dice.Colour();
         tympan::FillPixelSpan(pair.Context(), at.x, at.y, static_cast<std::uint64_t>(count),
                               colour);
         pair.theirs.FillRow(at, count, colour);
-        ASSERT_TRUE(pair.AreEqual());
-        drawn += !std::equal(before.begin(), before.end(), pair.bits);
-    }
-    EXPECT_GT(drawn, 300);
+    });
 }
 
 // With a colour table the system copies by another rule than it sets points: there, points are the
@@ -142,27 +150,17 @@ TEST(GdiOracle, FilledStretchesAreRectanglesOfTheSystem)
 TEST(GdiOracle, CopiedStretchesAreBitmapsOfTheSystem)
 {
     Dice dice;
-    int drawn = 0;
-    for (int round = 0; round < 3000; ++round) {
-        const FullInfo info = dice.Info();
-        SCOPED_TRACE("round " + std::to_string(round) + ", depth " +
-                     std::to_string(info.header.biBitCount));
-        const Pair pair(info, dice);
-        const std::vector<std::uint8_t> before(pair.bits, pair.bits + pair.Bytes());
-        const SystemPoint at = pair.Moved(dice.Point());
+    ExpectEqualStretches(dice, [&](const Pair& pair, SystemPoint at, int bits) {
         std::vector<std::uint8_t> bgr(3 * static_cast<std::size_t>(1 + dice.Upto(50)));
         std::generate(bgr.begin(), bgr.end(), [&] { return dice.Byte(); });
         tympan::SetPixelSpan(pair.Context(), at.x, at.y, bgr);
-        if (info.header.biBitCount != 8)
+        if (bits != 8)
             pair.theirs.CopyRow(at, bgr);
         else
             for (std::size_t i = 0; i < bgr.size(); i += 3)
                 pair.theirs.Set({ at.x + static_cast<int>(i / 3), at.y },
                                 RGB(bgr[i + 2], bgr[i + 1], bgr[i]));
-        ASSERT_TRUE(pair.AreEqual());
-        drawn += !std::equal(before.begin(), before.end(), pair.bits);
-    }
-    EXPECT_GT(drawn, 300);
+    });
 }
 
 TEST(GdiOracle, ColourTablesReadAsTheSystemReadsThem)
