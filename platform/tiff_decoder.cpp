@@ -1,6 +1,7 @@
 #include "platform/tiff_decoder.h"
 
 #include "platform/claims.h"
+#include "platform/tiff_deflate.h"
 #include "platform/tiff_pixels.h"
 #include "platform/tiff_plain_rows.h"
 
@@ -126,8 +127,11 @@ bool TiffDecoder::FromStrip(TiffBand& band)
     for (std::uint16_t plane = 0; plane != layout_.planes; ++plane) {
         const std::span<std::byte> lines = StripBuffer(band);
         const auto size = static_cast<tmsize_t>(lines.size());
-        if (TIFFReadEncodedStrip(open, TIFFComputeStrip(open, band.first, plane), lines.data(),
-                                 size) != size)
+        const auto decode = [&] {
+            return TIFFReadEncodedStrip(open, TIFFComputeStrip(open, band.first, plane),
+                                        lines.data(), size) == size;
+        };
+        if (!DecodeToTheEnd(open, layout_, lines, decode))
             return false;
         for (std::uint32_t row = band.first; layout_.planes != 1 && row != band.End(); ++row)
             PlaceLine(lines.subspan((row - band.first) * lineBytes, lineBytes), band.Row(row),
@@ -259,8 +263,10 @@ bool TiffDecoder::DecodeBlock(std::uint32_t block, std::uint32_t column, std::ui
         return false;
     TIFF* const open = source_.Get();
     const auto room = static_cast<tmsize_t>(block_.size());
-    return layout_.isTiled ? TIFFReadEncodedTile(open, block, block_.data(), room) >= 0
-                           : TIFFReadEncodedStrip(open, block, block_.data(), room) >= 0;
+    return DecodeToTheEnd(open, layout_, block_, [&] {
+        return layout_.isTiled ? TIFFReadEncodedTile(open, block, block_.data(), room) >= 0
+                               : TIFFReadEncodedStrip(open, block, block_.data(), room) >= 0;
+    });
 }
 
 BlockArea TiffDecoder::AreaOfBlock(std::uint32_t column, std::uint32_t row) const

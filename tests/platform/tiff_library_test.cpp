@@ -484,6 +484,52 @@ std::vector<Entry> Tiled(std::uint32_t width, std::uint32_t length)
                                            { kTileCountsTag, 4, 1, 16 } });
 }
 
+// Puts another number into an entry of a little-endian file.
+void SetEntry(Bytes& file, std::uint16_t tag, std::uint16_t value)
+{
+    const auto number = [&](std::size_t at) {
+        return std::to_integer<std::size_t>(file[at]) | std::to_integer<std::size_t>(file[at + 1])
+                                                            << 8U;
+    };
+    const std::size_t directory = number(4) | number(6) << 16U;
+    for (std::size_t i = 0; i < number(directory); ++i) {
+        const std::size_t entry = directory + 2 + 12 * i;
+        if (number(entry) != tag)
+            continue;
+        file[entry + 8] = std::byte(value & 0xFFU);
+        file[entry + 9] = std::byte(value >> 8U);
+    }
+}
+
+// Strips and tiles of Deflate that hold more rows than the picture has. libtiff's fast way stops at
+// what doesn't fit whole, a copied stretch or a stored one, and leaves the end as it was.
+TEST_F(TiffLibraryTest, DeflateThatHoldsMoreThanThePictureIsReadToItsEnd)
+{
+    constexpr std::uint32_t kRows = 29;
+    const TiffLayout noise{ .packed = kDeflate, .strip = 32, .mode = "wl", .length = kRows };
+    TiffLayout alike = noise, differences = noise, words = noise, planes = noise, tile = noise;
+    alike.grain = 64;
+    differences.predictor = 2;
+    words.predictor = 2;
+    words.bits = 16;
+    planes.predictor = 2;
+    planes.planes = true;
+    tile.tile = { 48, 32 };
+    for (const TiffLayout& layout : { noise, alike, differences, words, planes, tile })
+        for (std::uint16_t length = 1; length < kRows; ++length) {
+            SCOPED_TRACE(std::to_string(layout.predictor) + ", " + std::to_string(length));
+            Bytes file = MakeTiff(layout);
+            SetEntry(file, kLengthTag, length);
+            if (layout.tile.down != 0)
+                SetEntry(file, kTileLengthTag, length < 16 ? 16 : 32);
+            files_.Put("a.tif", file);
+            const OpenedTiff opened = OpenTiffFile();
+            ASSERT_NE(opened, nullptr);
+            for (std::uint32_t row = 0; row < length; ++row)
+                ASSERT_EQ(ReadRow(opened.get(), row), RowOf(layout, row)) << row;
+        }
+}
+
 struct RefusalCase {
     const char* name;
     std::vector<Entry> entries;

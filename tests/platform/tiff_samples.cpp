@@ -121,6 +121,8 @@ void SetFields(TIFF* file, const TiffLayout& layout)
     TIFFSetField(file, TIFFTAG_BITSPERSAMPLE, layout.bits);
     TIFFSetField(file, TIFFTAG_PHOTOMETRIC, layout.as);
     TIFFSetField(file, TIFFTAG_COMPRESSION, layout.packed);
+    if (layout.predictor != PREDICTOR_NONE)
+        TIFFSetField(file, TIFFTAG_PREDICTOR, layout.predictor);
     TIFFSetField(file, TIFFTAG_PLANARCONFIG,
                  layout.planes ? PLANARCONFIG_SEPARATE : PLANARCONFIG_CONTIG);
     TIFFSetField(file, TIFFTAG_XRESOLUTION, kAcross);

@@ -27,6 +27,7 @@ struct TiffLayout {
     const char* mode = "w";                ///< libtiff's: "wb" big-endian, "w8" BigTIFF
     std::uint32_t width = 37;
     std::uint32_t length = 29;
+    std::uint16_t predictor = 1; ///< 2: differences of samples
     std::uint32_t grain = 1; ///< how many pixels of a row are alike, for files that compress well
 };
 
