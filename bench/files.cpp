@@ -5,15 +5,8 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <stdexcept>
 
 namespace tympan::bench {
-
-void Require(bool holds, const char* what)
-{
-    if (!holds)
-        throw std::runtime_error(what);
-}
 
 std::vector<std::uint8_t> TouchedMemory(std::size_t size)
 {

@@ -6,13 +6,18 @@
 #include <cstdint>
 #include <functional>
 #include <span>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace tympan::bench {
 
 /// Throws unless `holds`; `what` tells what went wrong.
-void Require(bool holds, const char* what);
+inline void Require(bool holds, const char* what)
+{
+    if (!holds)
+        throw std::runtime_error(what);
+}
 
 /// Memory of `size` bytes, each page of it touched.
 std::vector<std::uint8_t> TouchedMemory(std::size_t size);

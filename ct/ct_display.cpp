@@ -21,8 +21,9 @@ tympan::CtArea ShownArea(HDC dc, unsigned long first, unsigned long last)
     };
     const std::uint64_t bottom = place(drawable.bottom);
     return { std::max<std::uint64_t>(first, place(drawable.top)),
-             last < bottom ? last + std::uint64_t{ 1 } : bottom, place(drawable.left),
-             place(drawable.right) };
+             last < bottom ? last + std::uint64_t{ 1 } : bottom,
+             static_cast<std::size_t>(place(drawable.left)),
+             static_cast<std::size_t>(place(drawable.right)) };
 }
 
 // Draws the rows from `first` to `last`, both included, as far as they can be seen; `toBgr` makes the

@@ -1,10 +1,11 @@
 // Where the bytes of a CT file stand, and the bands in which its pixels are read for the screen.
 //
-//   2048 + (separations * row + slot) * stride:  the bytes of one separation of one row, then one
-//   byte of padding if the width is odd
+//   kCtFirstRow + (separations * row + slot) * stride:  the bytes of one separation of one row, then
+//   one byte of padding if the width is odd
 #pragma once
 
 #include "core/block_size.h"
+#include "core/header_layout.h"
 #include "core/picture_parameters.h"
 #include "core/pixel_colour.h"
 #include "core/whole_numbers.h"
@@ -20,7 +21,7 @@
 
 namespace tympan {
 
-inline constexpr std::uint64_t kCtFirstRow = 2048;
+inline constexpr std::uint64_t kCtFirstRow = kHeaderBytes;
 
 /// The places of a CT picture's bytes, by its record, which has to outlive them. It is made for
 /// each row that is asked for, and so copies no more than it must.

@@ -215,8 +215,10 @@ class Script {
         const bool wrap = drawn_.Coin();
         if (picture != nullptr)
             Announced(kBandFailures, [&] {
-                std::unique_ptr<PictureRowsData>(picture->GetPictureRows(Cyan, first, last, wrap));
-                std::unique_ptr<PictureRowsData>(picture->GetPictureRow(Cyan, first, 1, 1));
+                const std::unique_ptr<PictureRowsData> range(
+                    picture->GetPictureRows(Cyan, first, last, wrap));
+                const std::unique_ptr<PictureRowsData> one(
+                    picture->GetPictureRow(Cyan, first, 1, 1));
             });
     }
     /// From another object, itself or none.
@@ -298,7 +300,8 @@ class Script {
             return;
         whole->GetLWBufferSize();
         whole->BuildLwOffsetBuffer();
-        std::unique_ptr<unsigned char[]>(whole->GetSeparationLut(Separation(), true, nullptr));
+        const std::unique_ptr<unsigned char[]> table(
+            whole->GetSeparationLut(Separation(), true, nullptr));
         CString name = "picture.lw";
         bool isValid = false;
         Announced(kFileFailures, [&] { whole->CreateLwBinFile(name, isToBeRead, isValid); });

@@ -91,7 +91,8 @@ bool LWFileInterface::DecodeRow(std::uint64_t row, ColorSeparationType separatio
     }
     const tympan::InkValues inks(LwRecord(), separation);
     reader.TakeRow(width, [&](const RunStretch& stretch) {
-        inks.Expand(stretch, { CurrRowBuffer() + pixels, width - pixels }, reader);
+        inks.Expand(stretch, { CurrRowBuffer() + pixels, static_cast<std::size_t>(width - pixels) },
+                    reader);
         pixels += stretch.pixels;
     });
     if (reader.TakeOne().index != 0) {

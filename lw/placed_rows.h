@@ -50,6 +50,47 @@ inline std::uint64_t Required(std::optional<std::uint64_t> size)
     return *size;
 }
 
+/// Stores the runs that end an exact row, whose last becomes two where the records before it are even.
+template <typename Store>
+void PlaceExactEnd(PlacedRows& rows, std::uint64_t& records, std::span<const Run> runs,
+                   Store&& store)
+{
+    const auto before = runs.first(runs.size() - 1);
+    store(before, rows.buffer);
+    records += RunsWithPixels(before);
+    unsigned char* const length = rows.buffer + (rows.order == RunOrder::ColourFirst ? 1 : 0);
+    store(runs.last(1), rows.buffer);
+    if (records % 2 == 0) {
+        // Its colour has been looked up, so that it can't be refused in a place of its own.
+        const Run one{ runs.back().index, 1 };
+        --*length;
+        store(std::span(&one, 1), rows.buffer);
+        rows.written += sizeof(Run);
+        ++records;
+    }
+    ++records;
+}
+
+/// Stores one copy of the row that the reader stands at, and tells its pixels. `records` counts those
+/// of an exact row.
+template <typename Store>
+std::uint64_t PlaceCopy(RunReader& reader, PlacedRows& rows, std::uint64_t& records, Store&& store)
+{
+    std::uint64_t left = rows.width.toReach;
+    return reader.TakeRow(left, [&](const RunStretch& stretch) {
+        rows.written += stretch.runs.size_bytes();
+        if (!rows.isExact) {
+            store(stretch.runs, rows.buffer);
+        } else if (stretch.pixels == left) {
+            PlaceExactEnd(rows, records, stretch.runs, store);
+        } else {
+            store(stretch.runs, rows.buffer);
+            records += RunsWithPixels(stretch.runs);
+        }
+        left -= std::min(left, stretch.pixels);
+    });
+}
+
 } // namespace tympan
 
 /// Appends the next row to the stream. `store(runs, out)` stores runs at `out`, which moves on. In an
@@ -66,40 +107,10 @@ void LWFileInterface::PlaceRow(tympan::RunReader& reader, tympan::PlacedRows& ro
         CompleteLineTo4096(rows.buffer, rows.whiteGap, rows.copies, rows.white, 0, colorFirst);
     std::uint64_t records = rows.written / sizeof(tympan::Run);
     std::uint64_t pixels = 0;
-
-    const auto placeExact = [&](std::span<const tympan::Run> runs) {
-        const auto before = runs.first(runs.size() - 1);
-        store(before, rows.buffer);
-        records += tympan::RunsWithPixels(before);
-        unsigned char* const length = rows.buffer + (colorFirst ? 1 : 0);
-        store(runs.last(1), rows.buffer);
-        if (records % 2 == 0) {
-            // Its colour has been looked up, so that it can't be refused in a place of its own.
-            const tympan::Run one{ runs.back().index, 1 };
-            --*length;
-            store(std::span(&one, 1), rows.buffer);
-            rows.written += sizeof(tympan::Run);
-            ++records;
-        }
-        ++records;
-    };
-
     for (unsigned int copy = 0; copy < rows.copies; ++copy) {
         if (copy != 0)
             reader.GoTo(runsAt);
-        std::uint64_t left = rows.width.toReach;
-        pixels = reader.TakeRow(left, [&](const tympan::RunStretch& stretch) {
-            rows.written += stretch.runs.size_bytes();
-            if (!rows.isExact) {
-                store(stretch.runs, rows.buffer);
-            } else if (stretch.pixels == left) {
-                placeExact(stretch.runs);
-            } else {
-                store(stretch.runs, rows.buffer);
-                records += tympan::RunsWithPixels(stretch.runs);
-            }
-            left -= std::min(left, stretch.pixels);
-        });
+        pixels = tympan::PlaceCopy(reader, rows, records, store);
         if (copy + 1 < rows.copies) {
             const unsigned long gap =
                 AddWhiteColsGap(rows.whiteGap, rows.buffer, rows.white, !colorFirst);

@@ -228,7 +228,7 @@ UINT CopyEntries(const std::vector<Entry>& table, UINT start, UINT count, Entry*
     if (start >= table.size())
         return 0;
     const std::size_t copied = std::min<std::size_t>(count, table.size() - start);
-    std::copy_n(table.begin() + start, copied, entries);
+    std::copy_n(table.data() + start, copied, entries);
     return static_cast<UINT>(copied);
 }
 

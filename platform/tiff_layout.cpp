@@ -123,7 +123,7 @@ const char* WhyRefused(TIFF* open, const TiffLayout& layout, std::uint64_t fileL
 
 bool MayClaimWhole(std::uint64_t claim, std::uint64_t fileLength, std::uint64_t expansion)
 {
-    return claim <= kFreeClaim || claim / expansion <= fileLength;
+    return claim <= kFreeClaim || (claim / expansion <= fileLength && claim <= kAddressable);
 }
 
 } // namespace tympan

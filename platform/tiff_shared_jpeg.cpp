@@ -4,6 +4,9 @@
 // enough, be they strips, and gets the bytes of each from here, as it reads no strips for tiles.
 #include "platform/tiff_shared_jpeg.h"
 
+#include "platform/claims.h"
+
+#include <algorithm>
 #include <optional>
 #include <string_view>
 #include <vector>
@@ -71,7 +74,7 @@ std::vector<std::byte> BytesOf(TiffSource& source, std::uint32_t block)
     const std::uint64_t position = TIFFGetStrileOffset(source.Get(), block);
     const std::uint64_t count = TIFFGetStrileByteCount(source.Get(), block);
     const std::uint64_t length = source.file.Length();
-    if (position > length || count > length - position)
+    if (position > length || count > std::min(length - position, kAddressable))
         return {};
     std::vector<std::byte> bytes(static_cast<std::size_t>(count));
     if (!source.file.ReadAt(position, bytes))

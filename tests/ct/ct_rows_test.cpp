@@ -282,7 +282,7 @@ TEST(CtRows, ReadsPastFourGigabytes)
     const CtSample sample{ .width = 100000, .height = 20000 };
     const TemporaryFolder folder;
     const std::string path = folder.File("large.ct", sample.Header());
-    const std::size_t place = sample.Place(19999, 3);
+    const std::uint64_t place = sample.Place(19999, 3);
     ASSERT_GT(place, 0xFFFFFFFFU);
     std::filesystem::resize_file(path, place);
     std::ofstream(path, std::ios::binary | std::ios::app) << std::string(100000, 'k');

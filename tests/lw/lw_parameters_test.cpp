@@ -316,8 +316,9 @@ TEST(LwParameters, ACopyHasATableOfZeros)
     EXPECT_EQ(assigned(&common), nullptr);
     EXPECT_EQ(assigned(nullptr), nullptr);
     const Record empty;
-    const Record emptyCopy(empty);
-    EXPECT_EQ(emptyCopy.ColorsTable(), nullptr);
+    Record emptyCopy(empty);
+    emptyCopy.FileColorsNumber(1); // a record of its own
+    EXPECT_EQ(std::as_const(emptyCopy).ColorsTable(), nullptr);
 }
 
 TEST(LwParameters, TakesOverTables)

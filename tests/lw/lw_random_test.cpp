@@ -65,6 +65,14 @@ TEST(LwRandom, LongPictures)
         Try(seed, { 19000 + 500 * seed, 260 }, 12);
 }
 
+// Larger than the block in which a crop is written.
+TEST(LwRandom, ALongCrop)
+{
+    Dice dice(1);
+    LwTrial trial(RandomPicture(dice.random, 3000, 120, 5, tympan::test::LwRuns::single));
+    trial.Same(tympan::test::kCrop, { .crop = { 2, 2999, 1, 120 } });
+}
+
 TEST(LwRandom, AFileOfAnyLength)
 {
     Dice dice(5);

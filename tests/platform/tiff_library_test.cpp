@@ -506,7 +506,7 @@ void SetEntry(Bytes& file, std::uint16_t tag, std::uint16_t value)
 TEST_F(TiffLibraryTest, DeflateThatHoldsMoreThanThePictureIsReadToItsEnd)
 {
     constexpr std::uint32_t kRows = 29;
-    const TiffLayout noise{ .packed = kDeflate, .strip = 32, .mode = "wl", .length = kRows };
+    const TiffLayout noise{ .packed = kDeflate, .strip = 32, .length = kRows };
     TiffLayout alike = noise, differences = noise, words = noise, planes = noise, tile = noise;
     alike.grain = 64;
     differences.predictor = 2;
@@ -574,6 +574,8 @@ TEST_F(TiffLibraryTest, ClaimsThatNoFileFillsAreRefused)
 
 TEST_F(TiffLibraryTest, AStripThatClaimsGigabytesGivesTheRowsThatAreThere)
 {
+    if (sizeof(std::size_t) < 8)
+        GTEST_SKIP() << "libtiff refuses the file where memory has 32 bits";
     constexpr std::uint32_t kEndOfDirectory = 8 + 2 + 9 * 12 + 4;
     const auto entries =
         With(GreyPicture(8, 0xFFFFFFFF, 0xFFFFFFFF), { { kCompressionTag, 3, 1, kPackBits },

@@ -24,7 +24,7 @@ struct TiffLayout {
     Size<std::uint32_t> tile = {}; ///< none: strips
     bool planes = false;
     Size<std::uint16_t> chroma = { 1, 1 }; ///< pixels that share it
-    const char* mode = "w";                ///< libtiff's: "wb" big-endian, "w8" BigTIFF
+    const char* mode = "wl";               ///< libtiff's: "wb" big-endian, "w8" BigTIFF
     std::uint32_t width = 37;
     std::uint32_t length = 29;
     std::uint16_t predictor = 1; ///< 2: differences of samples

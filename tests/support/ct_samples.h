@@ -20,9 +20,9 @@ struct CtSample {
     std::uint32_t seed = 1;
 
     std::size_t Stride() const { return width + width % 2; }
-    std::size_t Place(unsigned int row, unsigned int slot) const
+    std::uint64_t Place(unsigned int row, unsigned int slot) const
     {
-        return 2048 + (std::size_t{ separations } * row + slot) * Stride();
+        return 2048 + (std::uint64_t{ separations } * row + slot) * Stride();
     }
 
     std::vector<unsigned char> Header() const

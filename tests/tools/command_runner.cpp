@@ -109,6 +109,15 @@ void RunningCommand::Signal(int number) const
     kill(process_, number);
 }
 
+std::uint64_t RunningCommand::BytesRead() const
+{
+    std::ifstream counts("/proc/" + std::to_string(process_) + "/io");
+    std::string name;
+    std::uint64_t bytes = 0;
+    counts >> name >> bytes; // "rchar: 123" is the first
+    return bytes;
+}
+
 Outcome RunningCommand::Wait()
 {
     int status = 0;

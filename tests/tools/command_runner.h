@@ -47,6 +47,8 @@ class RunningCommand {
     ~RunningCommand();
 
     void Signal(int number) const;
+    /// How many bytes it has read by calls of the system so far.
+    std::uint64_t BytesRead() const;
     Outcome Wait();
 
   private:
