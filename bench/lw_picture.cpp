@@ -26,8 +26,8 @@ std::vector<std::uint8_t> LwHeader(PictureSize size)
     common.width = size.width;
     common.height = size.height;
     std::vector<std::uint8_t> header = common.Header();
-    test::CtSample::PutText(header, kLwType, "LW");
-    header[kLwColoursNumber] = kColours;
+    test::CtSample::PutText(header, kHeaderFileType.offset, "LW");
+    header[kLwColoursNumber.offset] = kColours;
     for (std::uint8_t index = 1; index <= kColours; ++index) {
         const std::vector<std::uint8_t> record = ColourRecord(index);
         header.insert(header.end(), record.begin(), record.end());

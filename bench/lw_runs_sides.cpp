@@ -127,8 +127,7 @@ struct Cropping {
 void RequireCrop(const LwPicture& picture, const Kept& kept, const std::string& path)
 {
     const std::vector<std::uint8_t> bytes = test::BytesOf(path);
-    const auto start =
-        static_cast<std::size_t>(LwFirstRow(bytes.at(static_cast<std::size_t>(kLwColoursNumber))));
+    const auto start = static_cast<std::size_t>(LwFirstRow(bytes.at(kLwColoursNumber.offset)));
     Require(bytes.size() > start, "nothing was cropped");
     const std::span<const std::uint8_t> cropped = std::span(bytes).subspan(start);
     PlainRows rows(cropped, kept.right - kept.left);

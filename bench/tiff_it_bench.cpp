@@ -50,7 +50,7 @@ test::TiffItSample SampleOf(const LwPicture& picture)
     test::TiffItSample sample = test::LwSample(width, height, kColours);
     auto& table = sample.directories[0].back().values;
     for (std::uint8_t colour = 0; colour < kColours; ++colour)
-        std::fill_n(&table[colour * kColourRecordBytes + kColourValues], 4,
+        std::fill_n(&table[colour * kColourRecordBytes + kColourValues.offset], 4,
                     kNoInk - LwPicture::Ink(static_cast<std::uint8_t>(colour + 1)));
     sample.data.resize(kLwStripLead);
     for (unsigned int row = 0; row < height; ++row) {

@@ -121,9 +121,9 @@ constexpr const CheckRule* kRules[] = {
     &kResolutionsDiffer,
 };
 
-constexpr std::size_t kCount = kHeaderSeparations.offset;
-constexpr std::size_t kReserved = kCount + 1;
-constexpr std::size_t kMask = kCount + 2;
+constexpr std::size_t kCount = kHeaderCount.offset;
+constexpr std::size_t kReserved = kHeaderReserved.offset;
+constexpr std::size_t kMask = kHeaderMask.offset;
 constexpr unsigned int kMaskBits = 15;
 
 constexpr double kMostPixels = std::numeric_limits<std::int32_t>::max();
@@ -166,10 +166,10 @@ class HeaderCheck {
         HeaderFacts facts;
         facts.separations = Separations();
         CheckUnitsCode();
-        facts.height = Pixels(kHeaderHeightInPixels, "height");
-        facts.width = Pixels(kHeaderWidthInPixels, "width");
-        const double unitsHigh = Units(kHeaderHeight, "height");
-        const double unitsWide = Units(kHeaderWidth, "width");
+        facts.height = Pixels(kHeaderHeightInPixels);
+        facts.width = Pixels(kHeaderWidthInPixels);
+        const double unitsHigh = Units(kHeaderHeight);
+        const double unitsWide = Units(kHeaderWidth);
         if (facts.height != 0 && facts.width != 0 && unitsHigh > 0.0 && unitsWide > 0.0)
             CompareResolutions(facts, unitsHigh, unitsWide);
         return facts;
@@ -180,6 +180,7 @@ class HeaderCheck {
     {
         return front_.substr(place.offset, place.width);
     }
+    static std::string The(HeaderPlace place) { return "The " + std::string(place.name); }
     unsigned int ByteAt(std::size_t offset) const
     {
         return static_cast<unsigned char>(front_[offset]);
@@ -236,50 +237,48 @@ class HeaderCheck {
     }
 
     // Whether the field has a number, which is then looked through for other bytes.
-    bool HasNumber(HeaderPlace place, const std::string& name, std::string_view characters)
+    bool HasNumber(HeaderPlace place, std::string_view characters)
     {
         const std::string_view text = Trimmed(At(place));
         if (!StartsWithNumber(text, characters == kFloatCharacters))
             return false;
         if (text.find_first_not_of(characters) != std::string_view::npos)
             findings_.Tell(kSizeForm, { {}, place.offset }, [&] {
-                return "The " + name + " is " + Quoted(At(place)) +
+                return The(place) + " is " + Quoted(At(place)) +
                        "; a number and nothing else was expected.";
             });
         return true;
     }
 
-    std::uint32_t Pixels(HeaderPlace place, const std::string& side)
+    std::uint32_t Pixels(HeaderPlace place)
     {
-        const std::string name = side + " in pixels";
-        const bool isNumber = HasNumber(place, name, kWholeCharacters);
+        const bool isNumber = HasNumber(place, kWholeCharacters);
         const std::string_view text = Trimmed(At(place));
         const std::size_t digitsEnd = text.find_first_not_of(kWholeCharacters);
         const double value = isNumber ? FloatFromText(text.substr(0, digitsEnd)) : 0.0;
         if (value >= 1.0 && value <= kMostPixels)
             return static_cast<std::uint32_t>(value);
         findings_.Tell(kPixels, { {}, place.offset }, [&] {
-            return "The " + name + " is " + Quoted(At(place)) +
+            return The(place) + " is " + Quoted(At(place)) +
                    "; a whole number from 1 to 2147483647 was expected.";
         });
         return 0;
     }
 
     // In the file's units; 0 for none that can be used.
-    double Units(HeaderPlace place, const std::string& side)
+    double Units(HeaderPlace place)
     {
-        const std::string name = side + " in units";
-        const bool isNumber = HasNumber(place, name, kFloatCharacters);
+        const bool isNumber = HasNumber(place, kFloatCharacters);
         const double value = isNumber ? FloatFromText(At(place)) : -1.0;
         if (value > 0.0 && std::isfinite(value))
             return value;
         const Place where{ {}, place.offset };
         if (value == 0.0)
             findings_.Tell(kNoUnits, where,
-                           [&] { return "The " + name + " is 0; a size was expected."; });
+                           [&] { return The(place) + " is 0; a size was expected."; });
         else
             findings_.Tell(kUnits, where, [&] {
-                return "The " + name + " is " + Quoted(At(place)) +
+                return The(place) + " is " + Quoted(At(place)) +
                        "; a number like +.12500000E+02 was expected.";
             });
         return 0.0;

@@ -1,11 +1,5 @@
-// The common header. Its fields stand in one table, offsets from the start of the file:
-//
-//      2   1  Nlw mark                    1028  14  height, floating text, file units
-//     80   2  file type                   1042  14  width
-//   1024   1  units code                  1056  12  height, whole-number text, pixels
-//   1025   3  count, 0, separations mask  1068  12  width
-//
-// All but the first two are what `Save` writes.
+// The common header. What stands where is told by core/header_layout.h; here, in one table, what each
+// field is to the record. All but the first two are what `Save` writes.
 #include "core/picture_parameters.h"
 
 #include "core/failure_codes.h"
@@ -31,8 +25,7 @@ constexpr ColorSeparationType kNone = NoSeparation;
 constexpr std::size_t kSavedFrom = tympan::kHeaderUnitsCode.offset;
 constexpr std::size_t kSizesFrom = tympan::kHeaderHeight.offset;
 constexpr std::size_t kHeaderEnd = tympan::kHeaderEnd;
-constexpr std::size_t kFloatText = tympan::kHeaderHeight.width;
-constexpr std::size_t kWholeText = tympan::kHeaderHeightInPixels.width;
+constexpr std::size_t kMaskBehindCount = tympan::kHeaderMask.offset - tympan::kHeaderCount.offset;
 constexpr double kUnitsEnd = 100000000.0;
 constexpr double kLargestPixels = std::numeric_limits<std::int32_t>::max();
 
@@ -62,9 +55,9 @@ void Put(unsigned char* target, const std::array<char, size>& text)
 } // namespace
 
 struct PictureParameters::HeaderField : tympan::HeaderPlace {
-    enum class Form { NlwMark, FileType, UnitsCode, Separations, FloatText, WholeText };
+    enum class Role { NlwMark, FileType, UnitsCode, Separations, Units, Pixels };
 
-    Form form = Form::NlwMark;
+    Role role = Role::NlwMark;
     Size PictureParameters::*size = nullptr; // of a size: which
     double Size::*side = nullptr;            // and which side of it
 
@@ -72,20 +65,20 @@ struct PictureParameters::HeaderField : tympan::HeaderPlace {
 };
 
 struct PictureParameters::HeaderTable {
-    using Form = HeaderField::Form;
+    using Role = HeaderField::Role;
     using P = PictureParameters;
 
-    static constexpr HeaderField kNlw{ tympan::kHeaderNlwMark, Form::NlwMark };
-    static constexpr HeaderField kFileType{ tympan::kHeaderFileType, Form::FileType };
-    static constexpr HeaderField kUnits{ tympan::kHeaderUnitsCode, Form::UnitsCode };
-    static constexpr HeaderField kSeparations{ tympan::kHeaderSeparations, Form::Separations };
-    static constexpr HeaderField kHeight{ tympan::kHeaderHeight, Form::FloatText, &P::sizeInUnits_,
+    static constexpr HeaderField kNlw{ tympan::kHeaderNlwMark, Role::NlwMark };
+    static constexpr HeaderField kFileType{ tympan::kHeaderFileType, Role::FileType };
+    static constexpr HeaderField kUnits{ tympan::kHeaderUnitsCode, Role::UnitsCode };
+    static constexpr HeaderField kSeparations{ tympan::kHeaderSeparations, Role::Separations };
+    static constexpr HeaderField kHeight{ tympan::kHeaderHeight, Role::Units, &P::sizeInUnits_,
                                           &Size::first };
-    static constexpr HeaderField kWidth{ tympan::kHeaderWidth, Form::FloatText, &P::sizeInUnits_,
+    static constexpr HeaderField kWidth{ tympan::kHeaderWidth, Role::Units, &P::sizeInUnits_,
                                          &Size::second };
-    static constexpr HeaderField kHeightInPixels{ tympan::kHeaderHeightInPixels, Form::WholeText,
+    static constexpr HeaderField kHeightInPixels{ tympan::kHeaderHeightInPixels, Role::Pixels,
                                                   &P::sizeInPixels_, &Size::first };
-    static constexpr HeaderField kWidthInPixels{ tympan::kHeaderWidthInPixels, Form::WholeText,
+    static constexpr HeaderField kWidthInPixels{ tympan::kHeaderWidthInPixels, Role::Pixels,
                                                  &P::sizeInPixels_, &Size::second };
 
     // In the order in which they are read: the separations are refused before a size is taken.
@@ -93,7 +86,16 @@ struct PictureParameters::HeaderTable {
         &kNlw,    &kFileType, &kUnits,          &kSeparations,
         &kHeight, &kWidth,    &kHeightInPixels, &kWidthInPixels,
     };
-    static_assert(kWidthInPixels.offset + kWidthInPixels.width == kHeaderEnd);
+
+    static constexpr bool TakesAllThatIsTold()
+    {
+        std::size_t width = 0;
+        for (const HeaderField* const field : kAll)
+            width += field->width;
+        for (const tympan::HeaderPlace& told : tympan::kHeaderFields)
+            width -= told.width;
+        return width == 0;
+    }
 };
 
 PictureParameters::PictureParameters(const PictureParameters& other)
@@ -141,6 +143,7 @@ bool PictureParameters::Load(CFile& file)
 
 void PictureParameters::LoadCommonHeader(CFile& file)
 {
+    static_assert(HeaderTable::TakesAllThatIsTold());
     std::array<char, kHeaderEnd> header{}; // what a short file doesn't hold reads as 0
     file.Seek(0, CFile::begin);
     file.Read(header.data(), static_cast<UINT>(header.size()));
@@ -176,37 +179,37 @@ bool PictureParameters::SizesFitText() const
 
 void PictureParameters::Decode(const HeaderField& field, std::string_view bytes)
 {
-    using Form = HeaderField::Form;
-    switch (field.form) {
-    case Form::NlwMark: nlw_ = bytes[0] == kNlwMark; break;
-    case Form::FileType: fileType_ = std::string(bytes).c_str(); break; // ends at a zero byte
-    case Form::UnitsCode:
+    using Role = HeaderField::Role;
+    switch (field.role) {
+    case Role::NlwMark: nlw_ = bytes[0] == kNlwMark; break;
+    case Role::FileType: fileType_ = std::string(bytes).c_str(); break; // ends at a zero byte
+    case Role::UnitsCode:
         fileSizeUnitsFactor_ = bytes[0] == tympan::kInchesCode ? 1.0 : tympan::kInchesPerMillimetre;
         break;
-    case Form::Separations: TakeSeparations(bytes); break;
-    case Form::FloatText:
+    case Role::Separations: TakeSeparations(bytes); break;
+    case Role::Units:
         this->*field.size.*field.side = tympan::FloatFromText(bytes) * fileSizeUnitsFactor_;
         break;
-    case Form::WholeText: this->*field.size.*field.side = tympan::WholeFromText(bytes); break;
+    case Role::Pixels: this->*field.size.*field.side = tympan::WholeFromText(bytes); break;
     }
 }
 
 void PictureParameters::Encode(const HeaderField& field, unsigned char* bytes) const
 {
-    using Form = HeaderField::Form;
-    std::array<unsigned char, kFloatText + 1> text{};
-    switch (field.form) {
-    case Form::NlwMark:
-    case Form::FileType: break; // stand in front of what is written
-    case Form::UnitsCode:
+    using Role = HeaderField::Role;
+    std::array<unsigned char, tympan::kFloatTextBytes + 1> text{};
+    switch (field.role) {
+    case Role::NlwMark:
+    case Role::FileType: break; // stand in front of what is written
+    case Role::UnitsCode:
         text[0] = fileSizeUnitsFactor_ != 0.0 ? tympan::kInchesCode : tympan::kMillimetresCode;
         break;
-    case Form::Separations:
+    case Role::Separations:
         text[0] = static_cast<unsigned char>(numberOfSeparations_);
-        text[2] = DefineAvailableSeparations();
+        text[kMaskBehindCount] = DefineAvailableSeparations();
         break;
-    case Form::FloatText: SizeToBuffer(this->*field.size.*field.side, text.data()); break;
-    case Form::WholeText: SizeInPixelsToBuffer(this->*field.size.*field.side, text.data()); break;
+    case Role::Units: SizeToBuffer(this->*field.size.*field.side, text.data()); break;
+    case Role::Pixels: SizeInPixelsToBuffer(this->*field.size.*field.side, text.data()); break;
     }
     std::memcpy(bytes, text.data(), field.width);
 }
@@ -216,7 +219,7 @@ void PictureParameters::TakeSeparations(std::string_view bytes)
 {
     if (!IsNumberOfSeparationsLegal(static_cast<unsigned char>(bytes[0])))
         throw LoadFailedException("Illegal separations number!");
-    if (!DefineAvailableSeparations(static_cast<unsigned char>(bytes[2])))
+    if (!DefineAvailableSeparations(static_cast<unsigned char>(bytes[kMaskBehindCount])))
         throw LoadFailedException("Illegal separations mask!");
 }
 
@@ -347,7 +350,7 @@ void PictureParameters::SizeToBuffer(double value, unsigned char* buffer)
     for (int i = order; i < kDigits; ++i)
         value *= 10.0;
 
-    std::array<char, kFloatText + 1> text{ '+', '.' };
+    std::array<char, tympan::kFloatTextBytes + 1> text{ '+', '.' };
     std::snprintf(text.data() + 2, text.size() - 2, "%d", tympan::CutToWhole<std::int32_t>(value));
     text[10] = 'E';
     text[11] = '+';
@@ -360,7 +363,7 @@ void PictureParameters::SizeToBuffer(double value, unsigned char* buffer)
 void PictureParameters::SizeInPixelsToBuffer(double value, unsigned char* buffer)
 {
     const auto whole = tympan::CutToWhole<std::int32_t>(std::max(value, 0.0));
-    std::array<char, kWholeText + 1> text{};
+    std::array<char, tympan::kWholeTextBytes + 1> text{};
     std::snprintf(text.data(), text.size(), "+%011d", whole);
     Put(buffer, text);
 }

@@ -140,9 +140,9 @@ void JpegCompBlocksInfo::Write(Lines& image)
 {
     std::array<unsigned char, tympan::kSideBlocks> head{};
     tympan::WriteSideHead({ fileSizeUnitsFactor_, sizeInUnits_.first, sizeInUnits_.second, 0 },
-                          std::span(head).first<tympan::kSideMcuNumber>());
+                          std::span(head).first<tympan::kSideWritten>());
     if (image.size() <= kHeadRecords) {
-        sideFile_.Write(head.data(), static_cast<UINT>(tympan::kSideMcuNumber));
+        sideFile_.Write(head.data(), static_cast<UINT>(tympan::kSideWritten));
         return;
     }
     if constexpr (std::endian::native != std::endian::little)

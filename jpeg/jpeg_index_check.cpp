@@ -29,14 +29,14 @@ class IndexCheck {
     {
         SideHeadBytes bytes{};
         file_.Read(bytes.data(), static_cast<UINT>(bytes.size()));
-        if (length_ < kSideMcuNumber) {
+        if (length_ < kSideWritten) {
             findings_.Tell(kSideCutShort, {}, [&] {
                 return "The side file has " + CountOf(length_, "byte") + "; its head needs " +
-                       std::to_string(kSideMcuNumber) + ".";
+                       std::to_string(kSideWritten) + ".";
             });
             return;
         }
-        const unsigned int code = bytes[kSideUnitsCode];
+        const unsigned int code = bytes[kSideUnitsCode.offset];
         if (code != kInchesCode && code != kMillimetresCode)
             findings_.Tell(kSideUnits, {}, [&] {
                 return "The code of the units is " + std::to_string(code) +

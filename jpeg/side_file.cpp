@@ -13,17 +13,18 @@ namespace tympan {
 
 namespace {
 
-double SizeIn(const SideHeadBytes& bytes, std::size_t offset, double factor)
+double SizeIn(const SideHeadBytes& bytes, HeaderPlace place, double factor)
 {
-    const auto* const text = reinterpret_cast<const char*>(bytes.data() + offset);
-    return FloatFromText({ text, kSideSizeBytes }) * factor;
+    const auto* const text = reinterpret_cast<const char*>(bytes.data() + place.offset);
+    return FloatFromText({ text, place.width }) * factor;
 }
 
-void PutSize(double size, std::span<unsigned char, kSideMcuNumber> bytes, std::size_t offset)
+void PutSize(double size, std::span<unsigned char, kSideWritten> bytes, HeaderPlace place)
 {
-    std::array<unsigned char, kSideSizeBytes + 1> text{}; // with a terminator
+    std::array<unsigned char, kFloatTextBytes + 1> text{}; // with a terminator
     PictureParameters::SizeToBuffer(size, text.data());
-    std::copy_n(text.begin(), kSideSizeBytes, bytes.begin() + static_cast<std::ptrdiff_t>(offset));
+    std::copy_n(text.begin(), place.width,
+                bytes.begin() + static_cast<std::ptrdiff_t>(place.offset));
 }
 
 } // namespace
@@ -38,17 +39,17 @@ bool HasSize(const CompressedLine& line)
 SideFileHead ReadSideHead(const SideHeadBytes& bytes)
 {
     SideFileHead head;
-    head.factor = bytes[kSideUnitsCode] == kInchesCode ? 1.0 : kInchesPerMillimetre;
+    head.factor = bytes[kSideUnitsCode.offset] == kInchesCode ? 1.0 : kInchesPerMillimetre;
     head.height = SizeIn(bytes, kSideHeight, head.factor);
     head.width = SizeIn(bytes, kSideWidth, head.factor);
-    for (std::size_t at = kSideHeadEnd; at > kSideMcuNumber; --at)
+    for (std::size_t at = kSideMcuNumber.End(); at > kSideMcuNumber.offset; --at)
         head.mcuNumber = head.mcuNumber << 8U | bytes[at - 1];
     return head;
 }
 
-void WriteSideHead(const SideFileHead& head, std::span<unsigned char, kSideMcuNumber> bytes)
+void WriteSideHead(const SideFileHead& head, std::span<unsigned char, kSideWritten> bytes)
 {
-    bytes[kSideUnitsCode] = head.factor != 0.0 ? kInchesCode : kMillimetresCode;
+    bytes[kSideUnitsCode.offset] = head.factor != 0.0 ? kInchesCode : kMillimetresCode;
     PutSize(head.height, bytes, kSideHeight);
     PutSize(head.width, bytes, kSideWidth);
 }

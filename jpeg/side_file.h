@@ -1,12 +1,8 @@
-// The bytes of the side file that a JPEG's index stands in:
-//
-//      0    1  units code: 1 inches, else millimetres
-//      1   14  height, floating text
-//     15   14  width
-//     29    4  a number that is only carried, little-endian
-//    256    8  of each block: file positions of its first and its last byte, little-endian
+// The bytes of the side file that a JPEG's index stands in: a head, and behind it a record of each
+// block. Numbers are little-endian.
 #pragma once
 
+#include "core/header_layout.h"
 #include "jpeg/compressed_blocks.h"
 #include "jpeg/jpeg_layout.h"
 #include "platform/text.h"
@@ -20,12 +16,13 @@
 
 namespace tympan {
 
-inline constexpr std::size_t kSideUnitsCode = 0;
-inline constexpr std::size_t kSideHeight = 1;
-inline constexpr std::size_t kSideWidth = 15;
-inline constexpr std::size_t kSideSizeBytes = 14;
-inline constexpr std::size_t kSideMcuNumber = 29; // what is written of a head ends here
-inline constexpr std::size_t kSideHeadEnd = 33;
+inline constexpr HeaderPlace kSideUnitsCode{ 0, 1, FieldForm::Byte, "units" };
+inline constexpr HeaderPlace kSideHeight{ 1, kFloatTextBytes, FieldForm::FloatText, "height" };
+inline constexpr HeaderPlace kSideWidth{ 15, kFloatTextBytes, FieldForm::FloatText, "width" };
+inline constexpr HeaderPlace kSideMcuNumber{ 29, 4, FieldForm::Number, "MCU number" };
+inline constexpr std::size_t kSideWritten = kSideWidth.End(); // the number isn't
+inline constexpr std::size_t kSideHeadEnd = kSideMcuNumber.End();
+/// The first of the records, which are a `CompressedLine` each.
 inline constexpr std::size_t kSideBlocks = 256;
 
 /// What the head of a side file says.
@@ -42,7 +39,7 @@ using SideHeadBytes = std::array<unsigned char, kSideHeadEnd>;
 SideFileHead ReadSideHead(const SideHeadBytes& bytes);
 
 /// Sizes are written as they stand, without the factor; the number isn't written.
-void WriteSideHead(const SideFileHead& head, std::span<unsigned char, kSideMcuNumber> bytes);
+void WriteSideHead(const SideFileHead& head, std::span<unsigned char, kSideWritten> bytes);
 
 /// The name of the side file of a picture. \throws FileNameParser::StripExtensionFailed by value.
 CString SideFileName(const CString& pictureName);

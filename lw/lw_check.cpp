@@ -448,8 +448,8 @@ void CheckType(std::string_view front, Findings& findings)
 
 unsigned int ColoursIn(std::string_view front)
 {
-    const auto place = static_cast<std::size_t>(kLwColoursNumber);
-    return front.size() > place ? static_cast<unsigned char>(front[place]) : 0U;
+    constexpr std::size_t kPlace = kLwColoursNumber.offset;
+    return front.size() > kPlace ? static_cast<unsigned char>(front[kPlace]) : 0U;
 }
 
 // Whether the file reaches to its rows.

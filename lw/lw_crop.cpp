@@ -183,7 +183,7 @@ std::vector<unsigned char> CroppedHeader(CFile& source, std::size_t size,
     const auto width = static_cast<double>(columns.Length());
     const auto height = static_cast<double>(rows.Length());
     const double factor = record.FileSizeUnitsFactor();
-    const unsigned char colours = header[tympan::kLwColoursNumber];
+    const unsigned char colours = header[tympan::kLwColoursNumber.offset];
     header[tympan::kHeaderUnitsCode.offset] = tympan::kInchesCode; // as the record has the sizes
     PictureParameters::SizeToBuffer(record.HeightInUnits() / factor *
                                         (height / record.HeightInPixels()),
@@ -195,7 +195,7 @@ std::vector<unsigned char> CroppedHeader(CFile& source, std::size_t size,
                                             header.data() + tympan::kHeaderHeightInPixels.offset);
     PictureParameters::SizeInPixelsToBuffer(width,
                                             header.data() + tympan::kHeaderWidthInPixels.offset);
-    header[tympan::kLwColoursNumber] = colours;
+    header[tympan::kLwColoursNumber.offset] = colours;
     return header;
 }
 

@@ -1,23 +1,35 @@
-// Where things stand in a line-work file behind the common header, and what a row is made of.
-//
-//   1080                       number of colours, one byte
-//   2048 + 18 * (i - 1)        the record of colour i, from 1
-//   2048 + 18 * colours        the rows, one behind the other: a delimiter, runs, a delimiter
+// Where things stand in a line-work file beside the common header, and what a row is made of. The
+// records of the colours follow the headers, and the rows them, one behind the other: a delimiter,
+// runs, a delimiter.
 //
 // Everything is single bytes. A delimiter is two zeros; so where two rows meet there are four.
 #pragma once
 
 #include "core/header_layout.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 
 namespace tympan {
 
-inline constexpr std::int64_t kLwType = kHeaderFileType.offset; // "LW", behind the name
-inline constexpr std::int64_t kLwColoursNumber = kHeaderEnd;
-inline constexpr std::int64_t kLwColours = 2048;
-inline constexpr std::size_t kLwColourBytes = 18;
+inline constexpr HeaderPlace kLwName{ 1, kHeaderFileType.offset - 1, FieldForm::Text, "name" };
+inline constexpr HeaderPlace kLwColoursNumber{ kHeaderEnd, 1, FieldForm::Byte,
+                                               "number of colours" };
+inline constexpr std::int64_t kLwColours = kHeaderBytes;
+
+// The record of a colour. The inks stand in the order of the separations.
+inline constexpr HeaderPlace kLwColourNumber{ 0, 1, FieldForm::Byte, "number" };
+inline constexpr HeaderPlace kLwColourFlags{ 1, 1, FieldForm::Byte, "transparency" };
+inline constexpr std::array<HeaderPlace, 4> kLwColourInks{ {
+    { 2, 1, FieldForm::Byte, "cyan" },
+    { 3, 1, FieldForm::Byte, "magenta" },
+    { 4, 1, FieldForm::Byte, "yellow" },
+    { 5, 1, FieldForm::Byte, "black" },
+} };
+inline constexpr HeaderPlace kLwColourReserved{ 6, 12, FieldForm::Unread, "reserved" };
+inline constexpr std::size_t kLwColourBytes = kLwColourReserved.End();
+
 inline constexpr std::size_t kLwMostColours = 255;
 
 /// The index of a grey value in the table of a grey file. Index 0 stays free, so 256 greys have 255

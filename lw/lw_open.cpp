@@ -50,7 +50,7 @@ std::uint32_t WidthInHeader(CFile& file)
 std::uint8_t ColoursInHeader(CFile& file)
 {
     std::uint8_t colours = 0;
-    file.Seek(tympan::kLwColoursNumber, CFile::begin);
+    file.Seek(tympan::kLwColoursNumber.offset, CFile::begin);
     file.Read(&colours, 1);
     return colours;
 }

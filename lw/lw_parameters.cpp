@@ -1,8 +1,5 @@
 // The colour records of a line-work file, its greys, and the transparent values that are worked out
-// of the records. A record has 18 bytes:
-//
-//      0   1  number of the colour, from 1     2   4  ink values, cyan to black
-//      1   1  flags: where it is transparent   6  12  reserved
+// of the records.
 #include "lw/lw_parameters.h"
 
 #include "core/failure_codes.h"
@@ -20,27 +17,23 @@
 namespace {
 
 using tympan::kLwColourBytes;
+using tympan::kLwColourFlags;
+using tympan::kLwColourInks;
 using tympan::kLwMostColours;
 
 constexpr std::size_t kColumns = PictureParameters::kSlots;
-constexpr std::size_t kNameBytes = 80; // the place of the type's first letter is the last
-constexpr std::size_t kNumberAt = 0;
-constexpr std::size_t kFlagsAt = 1;
+// One more than the name keeps: the type's first letter takes its place.
+constexpr std::size_t kNameBytes = tympan::kLwName.width + 1;
 constexpr unsigned char kNoInk = 255;
 constexpr unsigned int kBitsPerValue = 8;
 
-/// What a colour record tells of a separation.
-struct RecordColumn {
-    std::size_t inkAt;
-    unsigned int transparentFlag;
-};
+static_assert(kLwColourInks.size() == kColumns);
 
-constexpr std::array<RecordColumn, kColumns> kRecordColumns{ {
-    { 2, 0x80 }, // Cyan
-    { 3, 0x40 }, // Magenta
-    { 4, 0x20 }, // Yellow
-    { 5, 0x10 }, // Black
-} };
+/// The flag of a record by which its colour is transparent in a separation.
+constexpr unsigned int TransparentFlag(std::size_t separation)
+{
+    return 0x80U >> separation;
+}
 
 /// The bytes of a file's colour records.
 using Records = std::array<unsigned char, kLwColourBytes * kLwMostColours>;
@@ -90,7 +83,7 @@ void ReadRecords(CFile& file, std::span<unsigned char> records, unsigned char la
     if (held != 0)
         lastByte = records[held - 1];
     for (std::size_t at = held; at < records.size(); ++at)
-        records[at] = at % kLwColourBytes == kFlagsAt ? 0 : lastByte;
+        records[at] = at % kLwColourBytes == kLwColourFlags.offset ? 0 : lastByte;
 }
 
 /// Notes a colour in the columns that its flags name; false when they name none.
@@ -99,7 +92,7 @@ bool NoteTransparent(unsigned char flags, unsigned short colour,
 {
     bool isAny = false;
     for (std::size_t s = 0; s < kColumns; ++s)
-        if ((flags & kRecordColumns[s].transparentFlag) != 0) {
+        if ((flags & TransparentFlag(s)) != 0) {
             columns[s] = colour;
             isAny = true;
         }
@@ -183,10 +176,10 @@ void LwPictureParameters::ReadColorsTable(CFile& file)
     unsigned short transparentRows = 0;
     for (unsigned short i = 0; i < fileColorsNumber_; ++i) {
         const unsigned char* const record = bytes.data() + kLwColourBytes * i;
-        if (NoteTransparent(record[kFlagsAt], i, transparentTable_[transparentRows]))
+        if (NoteTransparent(record[kLwColourFlags.offset], i, transparentTable_[transparentRows]))
             ++transparentRows;
         for (std::size_t s = 0; s < kColumns; ++s)
-            colorsTable_[i][s] = record[kRecordColumns[s].inkAt];
+            colorsTable_[i][s] = record[kLwColourInks[s].offset];
     }
     transparentTableSize_ = transparentRows;
     if (transparentRows != 0)
@@ -204,9 +197,9 @@ void LwPictureParameters::SaveHader(CFile& file)
 {
     Separation(kSlots - 1, Black); // by its slot the mask says Black to a reader
     fileColorsNumber_ = kLwMostColours;
-    file.Seek(1, CFile::begin);
+    file.Seek(tympan::kLwName.offset, CFile::begin);
     SaveFileName(file);
-    file.Seek(tympan::kLwType, CFile::begin); // the name's last byte gives way
+    file.Seek(tympan::kHeaderFileType.offset, CFile::begin); // the name's last byte gives way
     SaveFileType(file);
     if (!Save(file)) {
         TraceStatus(tympan::code::kHeaderRefused);
@@ -241,10 +234,10 @@ void LwPictureParameters::SaveFullGrayScaleColorsTable(CFile& file) const
     for (std::size_t index = 1; index <= fileColorsNumber_; ++index) {
         unsigned char* const record = bytes.data() + kLwColourBytes * (index - 1);
         const auto number = static_cast<unsigned char>(index);
-        record[kNumberAt] = number;
-        for (const RecordColumn& column : kRecordColumns)
-            record[column.inkAt] = kNoInk;
-        record[kRecordColumns[Black].inkAt] = tympan::LwGreyOfIndex(number);
+        record[tympan::kLwColourNumber.offset] = number;
+        for (const tympan::HeaderPlace& ink : kLwColourInks)
+            record[ink.offset] = kNoInk;
+        record[kLwColourInks[Black].offset] = tympan::LwGreyOfIndex(number);
     }
     file.Write(bytes.data(), static_cast<UINT>(kLwColourBytes * fileColorsNumber_));
 }

@@ -267,7 +267,7 @@ class PageCheck {
     {
         const std::size_t listed = record.Window().colours.size();
         if (listed > kMostWindowColours)
-            findings_.Tell(kColours, At(kEntryWindow.offset + 1), [&] {
+            findings_.Tell(kColours, At(kEntryColours.offset), [&] {
                 return Entry() + " lists " + std::to_string(listed) + " colours.";
             });
         const unsigned int container = *placement.container;
@@ -289,7 +289,7 @@ class PageCheck {
             return;
         for (std::size_t i = 0; i < placement.colours.size(); ++i)
             if (placement.colours[i] > *container.colours)
-                findings_.Tell(kColour, At(kEntryWindow.offset + 1 + i), [&] {
+                findings_.Tell(kColour, At(kEntryColours.offset + i), [&] {
                     return Entry() + " shows through colour " +
                            std::to_string(placement.colours[i]) + " of a picture with " +
                            tympan::CountOf(*container.colours, "colour") + ".";

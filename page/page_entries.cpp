@@ -56,12 +56,12 @@ FieldText ReadField(CFile& file, std::size_t width)
 
 double ReadOffset(CFile& file)
 {
-    return tympan::FloatFromText(ReadField(file, tympan::kEntryNumberWidth).View());
+    return tympan::FloatFromText(ReadField(file, tympan::kFloatTextBytes).View());
 }
 
 double ReadNumber(CFile& file)
 {
-    const FieldText field = ReadField(file, tympan::kEntryNumberWidth);
+    const FieldText field = ReadField(file, tympan::kFloatTextBytes);
     if (!field.isWhole)
         throw new EntryErrorException(kEndInNumbers);
     return tympan::FloatFromText(field.View());

@@ -118,7 +118,7 @@ bool EntryRecord::IsWhole(PlacementType type) const
 
 std::string_view EntryRecord::NumberText(const EntryNumber& number, PlacementType type) const
 {
-    return AsText(bytes).substr(number.offset + ShiftOf(type), kEntryNumberWidth);
+    return AsText(bytes).substr(number.offset + ShiftOf(type), number.width);
 }
 
 WindowFields EntryRecord::Window() const
@@ -166,12 +166,12 @@ std::array<std::uint8_t, kPageEntryBytes> EntryBytes(const Placement& placement,
         const auto text = tympan::NumberText(placement.*number.value);
         if (!text)
             Refuse(name, "its " + std::string(number.name) + " has no text of " +
-                             std::to_string(kEntryNumberWidth) + " characters.");
+                             std::to_string(number.width) + " characters.");
         put(number.offset + ShiftOf(placement.type), *text);
     }
     if (placement.container)
-        bytes[kEntryWindow.offset] = static_cast<std::uint8_t>(*placement.container);
-    put(kEntryWindow.offset + 1, AsText(placement.colours));
+        bytes[kEntryContainer.offset] = static_cast<std::uint8_t>(*placement.container);
+    put(kEntryColours.offset, AsText(placement.colours));
     return bytes;
 }
 

@@ -1,13 +1,5 @@
-// Where the fields of a page file stand. Behind the common header:
-//
-//   1080          6  number of entries, whole-number text
-//   2048 + 256 i     entry i, its fields from its own start:
-//
-//      0   1  type                        110  14  height
-//      1   1  not read                    124  14  width
-//      2  80  path                        138  14  angle
-//     82  14  Y offset                    152   1  container, of a CT window
-//     96  14  X offset                    153      its colours, up to a zero byte
+// Where the fields of a page file stand beside the common header: how many entries there are, and
+// the entries, one behind the other. The places of an entry's fields count from its own start.
 //
 // In an entry of an LW picture two bytes more stand behind the path, and all numbers that much
 // further on.
@@ -29,8 +21,8 @@ class CFile;
 
 namespace tympan {
 
-inline constexpr HeaderPlace kPageCount{ kHeaderEnd, 6 };
-inline constexpr std::size_t kFirstPageEntry = 2048;
+inline constexpr HeaderPlace kPageCount{ kHeaderEnd, 6, FieldForm::WholeText, "number of entries" };
+inline constexpr std::size_t kFirstPageEntry = kHeaderBytes;
 inline constexpr std::size_t kPageEntryBytes = 256;
 inline constexpr std::string_view kPageLetters = "PG";
 
@@ -39,27 +31,33 @@ constexpr std::uint64_t PlaceOfPageEntry(std::size_t index)
     return kFirstPageEntry + std::uint64_t{ kPageEntryBytes } * index;
 }
 
-inline constexpr HeaderPlace kEntryType{ 0, 1 };
-inline constexpr HeaderPlace kEntryUnread{ 1, 1 };
-inline constexpr HeaderPlace kEntryPath{ 2, kLongestPlacedPath };
-inline constexpr std::size_t kEntryNumberWidth = 14;
-
-struct EntryNumber {
-    std::string_view name;
-    std::size_t offset;
+inline constexpr HeaderPlace kEntryType{ 0, 1, FieldForm::Byte, "type" };
+inline constexpr HeaderPlace kEntryUnread{ 1, 1, FieldForm::Unread, "unread" };
+inline constexpr HeaderPlace kEntryPath{ 2, kLongestPlacedPath, FieldForm::Text, "path" };
+struct EntryNumber : HeaderPlace {
     double Placement::*value;
+
+    constexpr EntryNumber(std::string_view called, std::size_t at, double Placement::*number)
+        : HeaderPlace{ at, kFloatTextBytes, FieldForm::FloatText, called }, value(number)
+    {}
 };
-inline constexpr std::array<EntryNumber, 5> kEntryNumbers{ {
-    { "Y offset", 82, &Placement::yOffset },
-    { "X offset", 96, &Placement::xOffset },
-    { "height", 110, &Placement::height },
-    { "width", 124, &Placement::width },
-    { "angle", 138, &Placement::rotation },
-} };
-/// Container and colours.
-inline constexpr HeaderPlace kEntryWindow{ 152, kPageEntryBytes - 152 };
-static_assert(kEntryPath.offset + kEntryPath.width == kEntryNumbers.front().offset);
-static_assert(kEntryNumbers.back().offset + kEntryNumberWidth == kEntryWindow.offset);
+inline constexpr std::array kEntryNumbers{
+    EntryNumber{ "Y offset", 82, &Placement::yOffset },
+    EntryNumber{ "X offset", 96, &Placement::xOffset },
+    EntryNumber{ "height", 110, &Placement::height },
+    EntryNumber{ "width", 124, &Placement::width },
+    EntryNumber{ "angle", 138, &Placement::rotation },
+};
+static_assert(kEntryPath.End() == kEntryNumbers.front().offset);
+
+inline constexpr HeaderPlace kEntryContainer{ kEntryNumbers.back().End(), 1, FieldForm::Byte,
+                                              "container" };
+inline constexpr HeaderPlace kEntryColours{ kEntryContainer.End(),
+                                            kPageEntryBytes - kEntryContainer.End(),
+                                            FieldForm::Byte, "colours" };
+/// Container and colours, which a CT window alone has.
+inline constexpr HeaderPlace kEntryWindow{ kEntryContainer.offset,
+                                           kPageEntryBytes - kEntryContainer.offset };
 
 /// How much further on the numbers of an LW picture's entry stand.
 inline constexpr std::size_t kLineWorkShift = 2;

@@ -10,10 +10,11 @@ namespace {
 ColorTable ColourOf(std::span<const std::uint8_t> record)
 {
     ColorTable colour{};
-    colour.Id = record[tympan::kColourId];
+    colour.Id = record[tympan::kColourId.offset];
     for (unsigned int i = 0; i < 4; ++i) {
-        colour.Values[i] = record[tympan::kColourValues + i];
-        colour.Flags[i] = static_cast<unsigned char>(record[tympan::kColourFlags] >> (3U - i) & 1);
+        colour.Values[i] = record[tympan::kColourValues.offset + i];
+        colour.Flags[i] =
+            static_cast<unsigned char>(record[tympan::kColourFlags.offset] >> (3U - i) & 1);
     }
     return colour;
 }

@@ -121,10 +121,10 @@ bool TiffItP1Interface::ReadHeader(CFile& file)
         return false;
     if (count < bytes.size())
         return Fail(tympan::code::kTiffItShortRead);
-    m_ByteOrder = TiffNumbers(bytes, false).Short(0);
+    m_ByteOrder = TiffNumbers(bytes, false).Short(tympan::kTiffByteOrder.offset);
     const TiffNumbers numbers(bytes, m_ByteOrder == tympan::kHighByteFirst);
-    m_FirstIfdOffset = numbers.Long(4);
-    if (numbers.Short(2) != tympan::kTiffVersion)
+    m_FirstIfdOffset = numbers.Long(tympan::kTiffFirstIfd.offset);
+    if (numbers.Short(tympan::kTiffVersionPlace.offset) != tympan::kTiffVersion)
         return Fail(tympan::code::kTiffItVersion);
     if (m_FirstIfdOffset % 2 != 0)
         return Fail(tympan::code::kTiffItOddOffset);
@@ -176,7 +176,7 @@ bool TiffItP1Interface::ReadEntry(CFile& file, std::span<const std::byte> bytes,
     IfdEntry entry;
     entry.Tag = numbers.Short(0);
     entry.Type = numbers.Short(2);
-    entry.Count = numbers.Long(4);
+    entry.Count = numbers.Long(tympan::kTiffFirstIfd.offset);
     if (!ReadValues(file, bytes.last(tympan::kInlineBytes), entry, chain))
         return false;
     StoreField(entry);

@@ -1,6 +1,8 @@
 // The bytes of TIFF/IT files: numbers, tags, types of values, and what stands in a colour's record.
 #pragma once
 
+#include "core/header_layout.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -10,7 +12,10 @@ namespace tympan {
 
 inline constexpr std::uint16_t kHighByteFirst = 0x4D4D;
 inline constexpr std::uint16_t kTiffVersion = 42;
-inline constexpr std::size_t kTiffHeaderBytes = 8;
+inline constexpr HeaderPlace kTiffByteOrder{ 0, 2, FieldForm::Number, "byte order" };
+inline constexpr HeaderPlace kTiffVersionPlace{ 2, 2, FieldForm::Number, "version" };
+inline constexpr HeaderPlace kTiffFirstIfd{ 4, 4, FieldForm::Number, "first directory" };
+inline constexpr std::size_t kTiffHeaderBytes = kTiffFirstIfd.End();
 inline constexpr std::size_t kIfdEntryBytes = 12;
 inline constexpr std::size_t kInlineBytes = 4; ///< values of up to so many stand inside the entry
 
@@ -72,9 +77,9 @@ class TiffNumbers {
 
 // A record of the field ColorTable.
 inline constexpr std::size_t kColourRecordBytes = 20;
-inline constexpr std::size_t kColourId = 1;
-inline constexpr std::size_t kColourFlags = 3; ///< the first of the four is bit 3
-inline constexpr std::size_t kColourValues = 4;
+inline constexpr HeaderPlace kColourId{ 1, 1, FieldForm::Byte, "number" };
+inline constexpr HeaderPlace kColourFlags{ 3, 1, FieldForm::Byte, "flags" }; ///< bit 3 is the first
+inline constexpr HeaderPlace kColourValues{ 4, 4, FieldForm::Byte, "inks" };
 
 inline constexpr std::uint64_t kCtPixelBytes = 4;
 inline constexpr std::uint64_t kLwStripLead = 2; ///< bytes in front of a strip's runs
