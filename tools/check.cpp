@@ -1,23 +1,23 @@
 // `tympan check`: proves picture files and tells all that is wrong with them.
+#include "batch_check.h"
+#include "checked_file.h"
 #include "command.h"
 #include "failure.h"
-#include "jpeg_check.h"
 #include "names.h"
-#include "page_paths.h"
 #include "picture.h"
-#include "progress.h"
+#include "policy.h"
 #include "standard_output.h"
-
-#include <tympan/check.h>
+#include "verbosity.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstdint>
 #include <iostream>
 #include <memory>
 #include <optional>
-#include <set>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <vector>
 
 namespace tympan::tool {
@@ -26,172 +26,27 @@ namespace {
 
 struct CheckCommandOptions {
     std::vector<std::string> files;
-    std::string asFormat;
+    FileCheckOptions each;
     bool json = false;
     bool jsonLines = false;
-    bool quiet = false;
     bool list = false;
-    PathOptions paths;
+
+    bool isBatch = false; ///< whether any of those below was given
+    bool intoFolders = false;
+    std::optional<unsigned int> jobs;
+    unsigned int secondsPerFile = 3600;
+    unsigned int memoryPerJob = 0; ///< MiB
+    std::string manifest;
+    std::vector<std::string> since;
+    bool withSums = false;
+    std::string policy;
 };
-
-// A file and what its check told.
-struct Checked {
-    std::string file;
-    std::vector<Finding> findings;
-    CheckResult result;
-
-    bool Failed() const
-    {
-        return result.verdict == Verdict::Invalid || result.verdict == Verdict::Undetermined;
-    }
-};
-
-constexpr std::string_view NameOf(Verdict verdict)
-{
-    switch (verdict) {
-    case Verdict::Valid: return "valid";
-    case Verdict::ValidWithRemarks: return "valid with remarks";
-    case Verdict::Invalid: return "invalid";
-    case Verdict::Undetermined: break;
-    }
-    return "undetermined";
-}
-
-constexpr std::string_view NameOf(Severity severity)
-{
-    return severity == Severity::Error ? "error" : "remark";
-}
-
-std::uint64_t Untold(const RuleCount& one)
-{
-    return one.count - std::min(one.count, kFindingsToldOfEachRule);
-}
-
-// Tells how far the check is; the length of the file comes with the first call.
-class CheckProgressLine {
-  public:
-    explicit CheckProgressLine(const std::string& file) : file_(file) {}
-
-    void Reach(std::uint64_t done, std::uint64_t total)
-    {
-        if (!line_)
-            line_.emplace("Checking " + file_, total);
-        line_->Advance(done - done_);
-        done_ = done;
-    }
-
-  private:
-    const std::string& file_;
-    std::uint64_t done_ = 0;
-    std::optional<Progress> line_;
-};
-
-void CheckBands(Checked& checked)
-{
-    RuleCount bands{ &kBandRule, 0 };
-    CheckJpegBands(checked.file, [&](const Finding& finding) {
-        if (++bands.count <= kFindingsToldOfEachRule)
-            checked.findings.push_back(finding);
-    });
-    if (bands.count == 0)
-        return;
-    checked.result.counts.push_back(bands);
-    checked.result.verdict = Verdict::Invalid;
-}
-
-// What info and preview take for TIFF/IT is checked as that, though the TIFF library opens it too.
-std::vector<std::string_view> FormatsOf(const std::string& file,
-                                        const std::vector<std::string_view>& asked)
-{
-    try {
-        if (asked.empty() && IsTiffItInTiff(file))
-            return { kTiffItName };
-    } catch (const FileFailure&) { // NOLINT(bugprone-empty-catch): the check tells it
-    }
-    return asked;
-}
-
-Checked CheckOne(const std::string& file, const std::vector<std::string_view>& formats,
-                 const CheckCommandOptions& asked)
-{
-    const std::unique_ptr<PagePaths> paths = UsePagePaths(file, asked.asFormat, asked.paths);
-    Checked checked{ file, {}, {} };
-    CheckProgressLine line(file);
-    CheckOptions options;
-    options.formats = FormatsOf(file, formats);
-    options.progress = [&](std::uint64_t done, std::uint64_t total) { line.Reach(done, total); };
-    checked.result = CheckFile(
-        file.c_str(), [&](const Finding& finding) { checked.findings.push_back(finding); },
-        options);
-    if (checked.result.format == "JPEG" && checked.result.verdict != Verdict::Undetermined)
-        CheckBands(checked);
-    return checked;
-}
-
-// ---- as JSON
-
-Json AsJson(const Finding& finding)
-{
-    return { { "id", finding.rule->id },
-             { "severity", NameOf(finding.rule->severity) },
-             { "row", NumberOrNull(finding.place.row) },
-             { "offset", NumberOrNull(finding.place.offset) },
-             { "found", WithReplacements(finding.found) },
-             { "remedy", finding.rule->remedy } };
-}
-
-Json AsJson(const Checked& checked)
-{
-    const std::string_view format = checked.result.format;
-    Json object = ObjectOf(checked.file);
-    object["verdict"] = NameOf(checked.result.verdict);
-    object["format"] = format.empty() ? Json(nullptr) : Json(format);
-    object["findings"] = Json::array();
-    for (const Finding& finding : checked.findings)
-        object["findings"].push_back(AsJson(finding));
-    object["findings_total"] = checked.result.FindingsTotal();
-    object["counts"] = Json::object();
-    for (const RuleCount& one : checked.result.counts)
-        object["counts"][std::string(one.rule->id)] = one.count;
-    return object;
-}
 
 Json AsJson(const CheckRule& rule)
 {
     return { { "id", rule.id },         { "severity", NameOf(rule.severity) },
              { "title", rule.title },   { "meaning", rule.meaning },
              { "remedy", rule.remedy }, { "retired", rule.isRetired } };
-}
-
-// ---- as text
-
-std::string TextOf(const Place& place)
-{
-    std::string text;
-    if (place.row)
-        text += ", row " + std::to_string(*place.row);
-    if (place.offset)
-        text += ", byte " + std::to_string(*place.offset);
-    return text;
-}
-
-// The remedy stands below the first finding of its rule.
-void Print(const Checked& checked)
-{
-    const CheckResult& result = checked.result;
-    std::cout << Shown(checked.file) << ": "
-              << (result.format.empty() ? "" : std::string(result.format) + ", ")
-              << NameOf(result.verdict) << '\n';
-    std::set<std::string_view> told;
-    for (const Finding& finding : checked.findings) {
-        std::cout << "  " << NameOf(finding.rule->severity) << ' ' << finding.rule->id
-                  << TextOf(finding.place) << ": " << Shown(finding.found) << '\n';
-        if (told.insert(finding.rule->id).second)
-            std::cout << "      " << finding.rule->remedy << '\n';
-    }
-    for (const RuleCount& one : result.counts)
-        if (Untold(one) != 0)
-            std::cout << "  and " << Untold(one) << " more of " << one.rule->id << '\n';
 }
 
 constexpr char kListIntroduction[] = R"(# What a check can find
@@ -208,7 +63,8 @@ This page is what `tympan check --list` writes.
 std::vector<const CheckRule*> AllRules()
 {
     std::vector<const CheckRule*> rules = CheckRules();
-    rules.push_back(&kBandRule);
+    const std::vector<const CheckRule*> more = CommandRules();
+    rules.insert(rules.end(), more.begin(), more.end());
     return rules;
 }
 
@@ -233,22 +89,19 @@ void List(bool asJson)
     PrintIndented(list);
 }
 
-void CheckAll(const CheckCommandOptions& options)
+void CheckEach(const CheckCommandOptions& options)
 {
-    if (options.files.empty())
-        throw UsageFailure("FILE is required");
-    const std::vector<std::string_view> formats = FormatsFor(options.asFormat);
     Json objects = Json::array();
     bool failed = false;
     for (const std::string& file : options.files) {
-        const Checked checked = CheckOne(file, formats, options);
+        const Checked checked = CheckPicture(file, options.each);
         failed = failed || checked.Failed();
         if (options.json)
             objects.push_back(AsJson(checked));
         else if (options.jsonLines)
             PrintOnOneLine(AsJson(checked));
-        else if (!options.quiet || checked.Failed())
-            Print(checked);
+        else if (!IsQuiet() || checked.Failed())
+            Print(std::cout, checked);
         std::cout.flush();
     }
     if (options.json)
@@ -256,6 +109,43 @@ void CheckAll(const CheckCommandOptions& options)
     FinishStandardOutput();
     if (failed)
         throw FailuresReported();
+}
+
+// ---- over many files
+
+unsigned int ProcessorCount()
+{
+    return std::max(1U, std::thread::hardware_concurrency());
+}
+
+void CheckMany(const CheckCommandOptions& options)
+{
+    std::optional<Policy> policy;
+    if (!options.policy.empty())
+        policy.emplace(options.policy);
+    BatchOptions batch;
+    batch.paths = options.files;
+    batch.intoFolders = options.intoFolders;
+    batch.limits = { options.jobs.value_or(ProcessorCount()),
+                     std::chrono::seconds(options.secondsPerFile),
+                     std::uint64_t{ options.memoryPerJob } << 20U };
+    batch.job = { options.each, options.withSums,
+                  options.jsonLines ? Telling::JsonLines : Telling::Text,
+                  policy ? &*policy : nullptr };
+    batch.manifest = options.manifest;
+    batch.since = options.since;
+    CheckBatch(batch);
+}
+
+void CheckAll(const CheckCommandOptions& options)
+{
+    if (options.files.empty())
+        throw UsageFailure("FILE is required");
+    FormatsFor(options.each.asFormat); // refuses one that this build doesn't read
+    if (options.isBatch)
+        CheckMany(options);
+    else
+        CheckEach(options);
 }
 
 void Check(const CheckCommandOptions& options)
@@ -266,6 +156,42 @@ void Check(const CheckCommandOptions& options)
     }
     List(options.json);
     FinishStandardOutput();
+}
+
+void AddBatchOptions(CLI::App& command, CheckCommandOptions& options, CLI::Option* json)
+{
+    constexpr unsigned int kMostJobs = 1024;
+    constexpr unsigned int kMostMemory = 1U << 30U; // MiB
+    constexpr unsigned int kMostSeconds = 30U * 24U * 3600U;
+    const auto isOneOfThese = [&options, json](CLI::Option* option) {
+        option->each([&options](const std::string&) { options.isBatch = true; });
+        return option->excludes(json);
+    };
+    isOneOfThese(command.add_flag("-r,--recursive", options.intoFolders,
+                                  "Check the files in folders, and in the folders below them"));
+    isOneOfThese(command.add_option("-j,--jobs", options.jobs,
+                                    "So many processes; without it one for each processor"))
+        ->check(CLI::Range(1U, kMostJobs));
+    isOneOfThese(command.add_option("--timeout", options.secondsPerFile,
+                                    "Seconds that a file may take; 0 for no limit"))
+        ->check(CLI::Range(0U, kMostSeconds))
+        ->capture_default_str();
+    isOneOfThese(command.add_option("--max-memory", options.memoryPerJob,
+                                    "MiB of addresses that a process may use; 0 for no limit"))
+        ->check(CLI::Range(0U, kMostMemory))
+        ->capture_default_str();
+    isOneOfThese(command.add_option("--manifest", options.manifest,
+                                    "Write a line of JSON for each file, for a later --since"))
+        ->check(RefuseEmpty);
+    isOneOfThese(
+        command.add_option("--since", options.since,
+                           "Pass over what hasn't changed since this manifest was written"))
+        ->allow_extra_args(false);
+    isOneOfThese(
+        command.add_flag("--hash", options.withSums, "Go by the SHA-256 sums of the files too"));
+    isOneOfThese(command.add_option("--policy", options.policy,
+                                    "Hold the pictures against the rules in this JSON file"))
+        ->check(RefuseEmpty);
 }
 
 } // namespace
@@ -281,21 +207,31 @@ void AddCheck(CLI::App& app)
         .add_flag("--json-lines", options->jsonLines,
                   "Write a JSON object on a line as each file is done")
         ->excludes(json);
-    command.add_flag("-q,--quiet", options->quiet, "Tell only of files that aren't valid");
     command
         .add_flag("--list", options->list, "List all that a check can find; with --json as JSON")
         ->excludes(files);
-    AddAsOption(command, options->asFormat);
-    AddPathOptions(command, options->paths);
+    AddAsOption(command, options->each.asFormat);
+    AddPathOptions(command, options->each.paths);
+    AddBatchOptions(command, *options, json);
     command.footer(
         R"(A file is valid, valid with remarks, invalid, or undetermined: then it can't be
 read, or it is of no known format. The exit status is 1 if any is invalid or undetermined.
 Of each kind of finding the first 100 of a file are told and the others counted.
 Of a page the pictures that it places are proved too.
+With --quiet only files that aren't valid are told.
+
+Many files:
+  With any of the options from --recursive to --policy the files are checked by several
+  processes and told in the order of their names, with a summary at the end. One that
+  crashes, is ended or takes too long costs its own file only. In folders, symbolic links
+  are not followed, and what is no picture is skipped.
 
 Example:
   tympan check map.lw
-  tympan check --json-lines *.lw *.ct)");
+  tympan check --json-lines *.lw *.ct
+  tympan check -r archive --manifest archive.manifest
+  tympan check -r archive --manifest archive.manifest --since archive.manifest
+  tympan check -r incoming --policy newspaper.json)");
     command.callback([options] { Check(*options); });
 }
 

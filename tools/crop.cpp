@@ -6,6 +6,7 @@
 #include "picture.h"
 #include "separation_bands.h"
 #include "standard_output.h"
+#include "verbosity.h"
 
 #include <cmath>
 #include <cstdint>
@@ -106,7 +107,7 @@ void RequireReadsBack(const Picture& source, const OutputFile& output, Span colu
         cropped.picture->FileHeightInPixels() != rows.Length())
         throw FileFailure(output.Path(),
                           "what was written doesn't read back as the picture that it should be", {},
-                          "Please report this, with the picture.");
+                          kReportAdvice);
     TellLostResolution(source.Object(), *cropped.picture, output.Path());
 }
 
@@ -116,6 +117,8 @@ void Tell(const std::string& output, Span columns, Span rows)
         return std::string(name) + " " + std::to_string(kept.first) + " to " +
                std::to_string(kept.last);
     };
+    if (IsQuiet())
+        return;
     std::cout << Shown(output) << ": " << SizeText(columns.Length(), rows.Length()) << ", "
               << text("columns", columns) << ", " << text("rows", rows) << '\n';
     FinishStandardOutput();

@@ -133,11 +133,12 @@ void RequireWhole(const Picture& picture)
 
 void Export(const Options& options)
 {
-    RequireEnding(options.output, kEndings);
+    if (!IsDash(options.output))
+        RequireEnding(options.output, kEndings);
     const Picture picture = OpenPicture(options.file, options.asFormat);
     Guard(options.file, [&] { RequireWhole(picture); });
     ShowTransparentAsPaper(picture);
-    OutputFile output(options.output, options.file);
+    OutputFile output(options.output, options.file, {}, Dash::IsStandardOutput);
     Guard(options.output, [&] {
         const Exported exported = ExportedOf(picture);
         TiffWriter writer(output, FormOf(picture), exported.samples);
@@ -156,8 +157,11 @@ void AddExport(CLI::App& app)
         app.add_subcommand("export", "Turn a picture into a CMYK, RGB or grey TIFF");
     const auto options = std::make_shared<Options>();
     command->add_option("FILE", options->file, "The picture")->required();
-    command->add_option("-o,--output", options->output, "The TIFF file to write, OUT.tif")
-        ->required();
+    command
+        ->add_option("-o,--output", options->output,
+                     "The TIFF file to write, OUT.tif; - is standard output")
+        ->required()
+        ->type_name("FILE");
     AddAsOption(*command, options->asFormat);
     command->footer(kFooter);
     command->callback([options] { Export(*options); });

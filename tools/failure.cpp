@@ -1,10 +1,12 @@
 #include "failure.h"
 
 #include "names.h"
+#include "verbosity.h"
 
 #include <tympan/tympan.h>
 
 #include <array>
+#include <cerrno>
 #include <cstddef>
 #include <iostream>
 #include <memory>
@@ -22,6 +24,23 @@ struct DeletePlatformFailure {
     void operator()(CException* failure) const { failure->Delete(); }
 };
 
+// What to do where the system's own words leave that open.
+std::string AdviceFor(long error)
+{
+    switch (error) {
+    case ENOSPC:
+    case EDQUOT: return "Make room there, or let the output be written to another disk.";
+    case EFBIG: return "`ulimit -f` tells how large a file may get here.";
+    case EACCES:
+    case EPERM: return "`ls -l` tells who may read and write it.";
+    case EROFS: return "That disk can only be read: let the output be written to another one.";
+    case EIO: return "The disk or the network fails: copy the file from there first.";
+    case EMFILE:
+    case ENFILE: return "`ulimit -n` tells how many files may be open at a time.";
+    default: return "";
+    }
+}
+
 // The platform's causes, where there is no number of the system to tell more.
 std::string CauseText(int cause)
 {
@@ -37,9 +56,11 @@ std::string CauseText(int cause)
     }
 }
 
-std::string TextOf(const CFileException& failure)
+FileFailure FailureOf(const std::string& file, const CFileException& failure)
 {
-    return failure.m_lOsError > 0 ? ErrnoText(failure.m_lOsError) : CauseText(failure.m_cause);
+    if (failure.m_lOsError > 0)
+        return SystemFailure(file, static_cast<int>(failure.m_lOsError));
+    return { file, CauseText(failure.m_cause) };
 }
 
 std::string TextOf(const CException& failure)
@@ -82,6 +103,8 @@ std::string ErrnoText(int error)
 
 FileFailure SystemFailure(std::string file, int error, std::string advice)
 {
+    if (advice.empty())
+        advice = AdviceFor(error);
     return { std::move(file), ErrnoText(error), std::nullopt, std::move(advice) };
 }
 
@@ -98,7 +121,8 @@ void Report(const FileFailure& failure)
 
 void Warn(const std::string& file, const std::string& text)
 {
-    std::cerr << "tympan: " << Shown(file) << ": " << Shown(text) << '\n';
+    if (!IsQuiet())
+        std::cerr << "tympan: " << Shown(file) << ": " << Shown(text) << '\n';
 }
 
 void RethrowAsFileFailure(const std::string& file)
@@ -113,7 +137,7 @@ void RethrowAsFileFailure(const std::string& file)
         throw;
     } catch (CFileException* failure) {
         const std::unique_ptr<CException, DeletePlatformFailure> owned(failure);
-        throw FileFailure(file, TextOf(*failure));
+        throw FailureOf(file, *failure);
     } catch (CMemoryException* failure) {
         const std::unique_ptr<CException, DeletePlatformFailure> owned(failure);
         throw FileFailure(file, kNoMemory);

@@ -44,16 +44,22 @@ class UsageFailure : public std::exception {
 /// Thrown when every failure has been told already and only exit status 1 is left to give.
 struct FailuresReported {};
 
+/// \name Advice that several failures give
+/// @{
+inline constexpr char kReportAdvice[] = "Please report this, with the picture.";
+inline constexpr char kTryAgainAdvice[] = "Run it again when no other program writes the file.";
+/// @}
+
 /// The text of an `errno` value.
 std::string ErrnoText(int error);
 
-/// A failure of a call of the system, by its `errno`.
+/// A failure of a call of the system, by its `errno`. Without an advice it gets the usual one for that.
 FileFailure SystemFailure(std::string file, int error, std::string advice = {});
 
 /// Tells a failure on standard error: `tympan: FILE: what happened (code N)`, a code of 0 left out,
 /// and the advice on a further line.
 void Report(const FileFailure& failure);
-/// Tells something about a file that is no failure.
+/// Tells something about a file that is no failure, unless --quiet was given.
 void Warn(const std::string& file, const std::string& text);
 
 /// Throws the failure in flight again as the command's own, with `file` in it, and destroys it if

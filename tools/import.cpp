@@ -55,7 +55,10 @@ anew, which is told. The colour profile is kept, Exif data isn't.
 Examples:
   tympan import photo.jpg -o photo.ct --resolution 300
   tympan import page.tif -o page.lw
-  tympan import camera.jpg -o photo.jpg)";
+  tympan import camera.jpg -o photo.jpg
+
+Environment:
+  XDG_DATA_DIRS  the system's data folders, parted by colons (/usr/local/share:/usr/share))";
 
 PixelsPerInch ResolutionFor(const ImportOptions& options, const SourceForm& form)
 {
@@ -107,7 +110,7 @@ void RequireReadsBack(const OutputFile& output, std::string_view format, const I
         !IsAsWritten(*opened.picture, job, separations))
         throw FileFailure(output.Path(),
                           "what was written doesn't read back as the picture that it should be", {},
-                          "Please report this, with the picture.");
+                          kReportAdvice);
 }
 
 const Target& TargetOf(const std::string& output)
@@ -171,9 +174,12 @@ void AddImport(CLI::App& app)
     command->add_option("PICTURE", options->picture, "A JPEG, PNG or TIFF file")->required();
     command
         ->add_option("-o,--output", options->output, "The file to write, OUT.ct, OUT.lw or OUT.jpg")
-        ->required();
-    command->add_option("--profile", options->profile,
-                        "ICC profile of the CMYK output, for RGB and grey pictures");
+        ->required()
+        ->type_name("FILE");
+    command
+        ->add_option("--profile", options->profile,
+                     "ICC profile of the CMYK output, for RGB and grey pictures")
+        ->type_name("FILE");
     command
         ->add_option("--resolution", options->resolution,
                      "Pixels per inch, in place of the picture's own (else 300)")

@@ -93,7 +93,8 @@ unsigned int WriteCt(ImportJob& job, const OutputFile& output)
         throw FileFailure(output.Path(), "the CT file can't be begun", ct->TraceStatus());
     Describe(*ct, job);
     if (!ct->SavePictureParams())
-        throw FileFailure(output.Path(), "the picture's sizes don't fit a CT header");
+        throw FileFailure(output.Path(), "the picture's sizes don't fit a CT header", {},
+                          "Give another --resolution.");
     WriteRows(*ct, row, job);
     ct->ClosePictureFile();
     return kInks;

@@ -160,7 +160,7 @@ void RequireIndex(const Picture& picture)
 {
     const std::optional<JpegIndex> index = IndexOf(picture.Object());
     if (!index || !index->fitsFile)
-        throw FileFailure(picture.Path(), "its index isn't whole");
+        throw FileFailure(picture.Path(), "its index isn't whole", {}, kReportAdvice);
 }
 
 void RequireBands(const Picture& picture, const OutputFile& output)
@@ -183,7 +183,7 @@ void RequireDecodable(const OutputFile& output)
     } catch (const FileFailure& failure) {
         throw FileFailure(output.Path(),
                           "what was written doesn't read back: " + failure.WhatHappened(),
-                          failure.Code(), "Please report this, with the picture.");
+                          failure.Code(), kReportAdvice);
     }
 }
 

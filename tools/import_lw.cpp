@@ -215,7 +215,8 @@ void WriteRows(LWFileInterface& lw, const ImportJob& job, const ReadRow& readRow
 
 [[noreturn]] void FailHeader(const OutputFile& output)
 {
-    throw FileFailure(output.Path(), "the picture's sizes don't fit an LW header");
+    throw FileFailure(output.Path(), "the picture's sizes don't fit an LW header", {},
+                      "Give another --resolution.");
 }
 
 unsigned int WriteGreys(const ImportJob& job, const OutputFile& output)
@@ -258,7 +259,7 @@ unsigned int WriteColours(ImportJob& job, const OutputFile& output)
     WriteRows(*lw, job, [&](std::vector<std::uint8_t>& values) {
         job.source->ReadRow(samples);
         if (!used.ToValues(samples, values))
-            throw FileFailure(job.picture, "has changed while it was read");
+            throw FileFailure(job.picture, "has changed while it was read", {}, kTryAgainAdvice);
     });
     return kInks;
 }

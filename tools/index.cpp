@@ -57,7 +57,7 @@ void MakeSideFile(const std::string& path, const OutputFile& output)
     const std::unique_ptr<VelmarLWFileInterface> whole(
         create_velmar_lw_file_object(path.c_str(), true));
     if (whole == nullptr)
-        throw FileFailure(path, "can't be opened again");
+        throw FileFailure(path, "can't be opened again", {}, kTryAgainAdvice);
     // The library derives the side file's name from the picture's.
     const std::string& temporary = output.WritingPath();
     CString name((temporary.substr(0, temporary.rfind('.')) + ".lw").c_str());
@@ -87,7 +87,9 @@ void IndexOne(const std::string& file, const std::string& asFormat)
         return IndexJpeg(file);
     const Picture picture = OpenPicture(file, asFormat);
     if (picture.AsLw() == nullptr)
-        throw FileFailure(file, "a " + std::string(picture.Format()) + " picture has no side file");
+        throw FileFailure(
+            file, "a " + std::string(picture.Format()) + " picture has no side file", {},
+            "Only line work (LW) and JPEG pictures have one; this one is read without.");
     IndexLineWork(picture);
 }
 

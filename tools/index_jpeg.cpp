@@ -171,7 +171,7 @@ class Bands {
     std::vector<CompressedLine> ReadAll()
     {
         Progress progress("indexing " + Shown(reader_.Path()),
-                          std::filesystem::file_size(reader_.Path()));
+                          std::filesystem::file_size(reader_.Path()), ProgressUnit::Bytes);
         std::vector<std::uint8_t> bytes(std::size_t{ 64 } << 10U);
         while (!ended_) {
             const std::size_t count = std::fread(bytes.data(), 1, bytes.size(), reader_.File());
@@ -192,7 +192,8 @@ class Bands {
     {
         if (std::ferror(reader_.File()) != 0)
             throw SystemFailure(reader_.Path(), errno);
-        throw FileFailure(reader_.Path(), "the file ends behind " + Found());
+        throw FileFailure(reader_.Path(), "the file ends behind " + Found(), {},
+                          "It was cut short: get it again from where it came from.");
     }
 
     std::string Found() const

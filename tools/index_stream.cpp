@@ -40,7 +40,7 @@ class IndexStream {
           whole_(create_velmar_lw_file_object(picture.Path().c_str(), true))
     {
         if (whole_ == nullptr)
-            throw FileFailure(picture.Path(), "can't be opened again");
+            throw FileFailure(picture.Path(), "can't be opened again", {}, kTryAgainAdvice);
     }
 
     const LwPictureParameters& Record() const { return *whole_->GetLwPictureParams(); }
@@ -115,7 +115,7 @@ void StreamIndexes(const Picture& picture, const StreamOptions& options)
 {
     IndexStream stream(picture, options);
     stream.Make();
-    OutputFile output(options.output, options.file);
+    OutputFile output(options.output, options.file, {}, Dash::IsStandardOutput);
     OffsetsFile offsets(options.offsets, options.file);
     std::optional<OutputFile> lut;
     if (!options.lut.empty()) {

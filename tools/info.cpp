@@ -1,6 +1,7 @@
 // `tympan info`: what the headers of picture files say.
 #include "command.h"
 #include "failure.h"
+#include "info_json.h"
 #include "names.h"
 #include "page_info.h"
 #include "page_paths.h"
@@ -360,24 +361,28 @@ std::optional<std::vector<ToldEntry>> EntriesOf(const std::string& file, Opening
     return entries;
 }
 
+// A file as far as it can be known, with what failed left in the opening.
+Known Look(const std::string& file, Opening& opening, const InfoOptions& options)
+{
+    Known known{ file, opening, options, nullptr, {}, {} };
+    try {
+        known.entries = EntriesOf(file, opening);
+        known.index = Guard(file, [&] { return SideFileText(file, opening); });
+        if (options.runs)
+            known.runs = CountRuns(file, opening);
+    } catch (const FileFailure& failure) {
+        opening.failure = failure;
+    }
+    return known;
+}
+
 void Info(const InfoOptions& options)
 {
     Json objects = Json::array();
     bool failed = false;
     for (const std::string& file : options.files) {
         Opening opening = TryOpenPicture(file, options.asFormat, options.paths);
-        const char* index = nullptr;
-        std::optional<std::uint64_t> runs;
-        std::optional<std::vector<ToldEntry>> entries;
-        try {
-            entries = EntriesOf(file, opening);
-            index = Guard(file, [&] { return SideFileText(file, opening); });
-            if (options.runs)
-                runs = CountRuns(file, opening);
-        } catch (const FileFailure& failure) {
-            opening.failure = failure;
-        }
-        const Known known{ file, opening, options, index, runs, std::move(entries) };
+        const Known known = Look(file, opening, options);
         if (options.json)
             objects.push_back(AsJson(known));
         else
@@ -396,6 +401,15 @@ void Info(const InfoOptions& options)
 }
 
 } // namespace
+
+Json InfoOf(const std::string& file, const std::string& asFormat, const PathOptions& paths)
+{
+    InfoOptions options;
+    options.asFormat = asFormat;
+    options.paths = paths;
+    Opening opening = TryOpenPicture(file, asFormat, paths);
+    return AsJson(Look(file, opening, options));
+}
 
 void AddInfo(CLI::App& app)
 {

@@ -61,7 +61,7 @@ void RequireWritten(const OutputFile& side, std::size_t bands)
     PlainFile tried(side);
     tried.Write(std::vector<std::uint8_t>(kHeadBytes + bands * sizeof(CompressedLine)));
     tried.Finish();
-    throw FileFailure(side.Path(), "the side file can't be written");
+    throw FileFailure(side.Path(), "the side file can't be written", {}, kReportAdvice);
 }
 
 } // namespace tympan::tool

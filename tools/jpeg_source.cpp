@@ -68,7 +68,8 @@ class JpegSource : public PictureSource {
         default:
             throw FileFailure(reader_.Path(),
                               "has " + std::to_string(jpeg_.num_components) +
-                                  " colour components; grey, RGB and CMYK are taken");
+                                  " colour components; grey, RGB and CMYK are taken",
+                              {}, "Save it as one of these first.");
         }
         if (jpeg_.saw_JFIF_marker != 0 && jpeg_.density_unit == kDotsPerInch)
             form_.resolution = ResolutionOf(jpeg_.X_density, jpeg_.Y_density, 1.0);

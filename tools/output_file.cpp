@@ -1,6 +1,7 @@
 #include "output_file.h"
 
 #include "failure.h"
+#include "signals_held.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -12,14 +13,18 @@
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
+#include <memory>
 #include <random>
 #include <system_error>
+#include <vector>
 
 namespace tympan::tool {
 
 namespace {
 
-constexpr std::array kEndingSignals{ SIGHUP, SIGINT, SIGQUIT, SIGTERM, SIGXCPU };
+constexpr std::array kEndingSignals{ SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGTERM, SIGXCPU };
+constexpr char kStandardOutput[] = "standard output";
+constexpr char kTemporaryAdvice[] = "Let TMPDIR name a folder in which you can write.";
 
 // The names that a signal's handler removes, or null. A subcommand has three outputs at most.
 std::array<std::atomic<const char*>, 3> unfinished{};
@@ -32,25 +37,6 @@ extern "C" void RemoveUnfinishedAndEnd(int signal)
             unlink(path);
     raise(signal); // by now its default action, which comes when this returns
 }
-
-// Holds the ending signals back while name and file come or go together.
-class SignalsHeld {
-  public:
-    SignalsHeld()
-    {
-        sigset_t held;
-        sigemptyset(&held);
-        for (const int signal : kEndingSignals)
-            sigaddset(&held, signal);
-        sigprocmask(SIG_BLOCK, &held, &before_);
-    }
-    SignalsHeld(const SignalsHeld&) = delete;
-    SignalsHeld& operator=(const SignalsHeld&) = delete;
-    ~SignalsHeld() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
-
-  private:
-    sigset_t before_{};
-};
 
 void ReplaceForSignals(const char* before, const char* after)
 {
@@ -98,6 +84,17 @@ void RequireReplaceable(const std::string& path, const std::string& input)
         throw SystemFailure(path, errno, "The file that is there is protected against writing.");
 }
 
+void RequireDash(Dash dash)
+{
+    if (dash == Dash::Refused)
+        throw UsageFailure("-: this output can't go to standard output; give the name of a file "
+                           "(`./-` is one of that name)");
+    if (isatty(STDOUT_FILENO) == 1)
+        throw UsageFailure(
+            "-: standard output is a terminal; send it to a file or a program, as by "
+            "`> FILE`");
+}
+
 // Where symbolic links lead, so that the link stays and its file is replaced.
 std::string BehindLinks(const std::string& path)
 {
@@ -106,19 +103,33 @@ std::string BehindLinks(const std::string& path)
         return path;
     const std::filesystem::path target = std::filesystem::canonical(path, error);
     if (error)
-        throw FileFailure(path, "is a symbolic link that leads nowhere: " + error.message());
+        throw FileFailure(path, "is a symbolic link that leads nowhere: " + error.message(), {},
+                          "Remove the link, or give another name.");
     return target.string();
 }
 
-// A name in the same folder, short whatever the output's name is.
-std::string TemporaryName(const std::string& target)
+// Where the output of this name is written meanwhile, with the slash at the end.
+std::string WritingFolder(const std::string& target)
+{
+    if (!target.empty())
+        return target.substr(0, target.rfind('/') + 1);
+    std::error_code error;
+    const std::filesystem::path folder = std::filesystem::temp_directory_path(error);
+    if (error)
+        throw FileFailure(kStandardOutput, "no folder for temporary files: " + error.message(), {},
+                          kTemporaryAdvice);
+    return folder / "";
+}
+
+// Short whatever the output's name is.
+std::string TemporaryName()
 {
     static std::random_device random;
     constexpr char kDigits[] = "0123456789abcdefghijklmnopqrstuv";
     std::string name = ".tympan-";
     for (int digit = 0; digit < 10; ++digit)
         name += kDigits[random() % 32];
-    return target.substr(0, target.rfind('/') + 1) + name;
+    return name;
 }
 
 // A file that takes the place of another has its mode, where that can be had.
@@ -139,6 +150,25 @@ void Synchronise(const std::string& path, const std::string& shownPath)
         throw SystemFailure(shownPath, error);
 }
 
+void CopyToStandardOutput(const std::string& path)
+{
+    struct CloseFile {
+        void operator()(std::FILE* file) const { std::fclose(file); }
+    };
+    const std::unique_ptr<std::FILE, CloseFile> file(std::fopen(path.c_str(), "rbe"));
+    if (file == nullptr)
+        throw SystemFailure(path, errno);
+    std::vector<char> bytes(std::size_t{ 64 } << 10U);
+    for (std::size_t count = 0;
+         (count = std::fread(bytes.data(), 1, bytes.size(), file.get())) > 0;)
+        if (std::fwrite(bytes.data(), 1, count, stdout) != count)
+            throw SystemFailure(kStandardOutput, errno);
+    if (std::ferror(file.get()) != 0)
+        throw SystemFailure(path, errno);
+    if (std::fflush(stdout) != 0)
+        throw SystemFailure(kStandardOutput, errno);
+}
+
 // Some file systems refuse this for folders; the output is whole and named all the same.
 void SynchroniseFolder(const std::string& path)
 {
@@ -154,14 +184,19 @@ void SynchroniseFolder(const std::string& path)
 } // namespace
 
 OutputFile::OutputFile(const std::string& path, const std::string& input,
-                       const std::string& extension)
-    : path_(path)
+                       const std::string& extension, Dash dash)
+    : path_(IsDash(path) ? kStandardOutput : path)
 {
-    RequireReplaceable(path, input);
-    target_ = BehindLinks(path);
+    if (IsDash(path)) {
+        RequireDash(dash);
+    } else {
+        RequireReplaceable(path, input);
+        target_ = BehindLinks(path);
+    }
+    const std::string folder = WritingFolder(target_);
     const SignalsHeld held;
     do {
-        writingPath_ = TemporaryName(target_) + extension;
+        writingPath_ = folder + TemporaryName() + extension;
     } while (!MakeTemporary());
 }
 
@@ -181,12 +216,15 @@ OutputFile::OutputFile(const std::string& path, const std::string& input, const 
 // False when there is a file of that name. The signals are held.
 bool OutputFile::MakeTemporary()
 {
-    const int file = open(writingPath_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    const mode_t mode = IsForStandardOutput() ? 0600 : 0666; // nobody else reads what is on its way
+    const int file = open(writingPath_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
     if (file < 0 && errno == EEXIST)
         return false;
     if (file < 0)
         throw SystemFailure(path_, errno,
-                            "The folder must exist and you must be able to write in it.");
+                            IsForStandardOutput()
+                                ? kTemporaryAdvice
+                                : "The folder must exist and you must be able to write in it.");
     KeepMode(target_, file);
     close(file);
     RememberForSignals(writingPath_);
@@ -210,14 +248,25 @@ void OutputFile::CommitTogether(std::initializer_list<OutputFile*> outputs)
 {
     for (const OutputFile* const output : outputs)
         if (output != nullptr)
-            Synchronise(output->writingPath_, output->path_);
+            output->Secure();
     for (OutputFile* const output : outputs)
         if (output != nullptr)
             output->Rename();
 }
 
+// Brings the bytes to where a failure of the machine no longer loses them, or to who reads them.
+void OutputFile::Secure() const
+{
+    if (IsForStandardOutput())
+        CopyToStandardOutput(writingPath_);
+    else
+        Synchronise(writingPath_, path_);
+}
+
 void OutputFile::Rename()
 {
+    if (IsForStandardOutput())
+        return; // the destructor removes the file
     {
         const SignalsHeld held;
         if (std::rename(writingPath_.c_str(), target_.c_str()) != 0)

@@ -125,7 +125,9 @@ void FindFiles(std::vector<Place>& places, const PageOptions& options)
         RequireHeldPath(place);
         const std::optional<std::string> found = paths.Find(place.stored);
         if (!found && !IsPlainFile(given))
-            throw FileFailure(given, "no such picture file");
+            throw FileFailure(given, "no such picture file", {},
+                              "The name goes up to the last @; --root and --map tell of other "
+                              "folders.");
         if (!found || (IsPlainFile(given) && !IsSameFile(given, *found)))
             throw FileFailure(given, "the page wouldn't find it by that path", {},
                               "Put it under the page's folder, or name a folder that it is in "

@@ -46,7 +46,7 @@ std::optional<PicturePlace> PlaceOf(const Placement& placement, const PageFrame&
 class PageProgress {
   public:
     PageProgress(const std::string& file, std::size_t entries)
-        : progress_("Drawing " + file, std::uint64_t{ entries } * kSteps)
+        : progress_("Drawing " + file, std::uint64_t{ entries } * kSteps, ProgressUnit::Shares)
     {}
 
     void BeginEntry() { told_ = 0; }
@@ -283,10 +283,10 @@ class PageDrawing {
 PageFrame RequiredFrame(const PagePreview& wanted, const PictureParameters& record)
 {
     if (!IsSize(record.WidthInUnits()) || !IsSize(record.HeightInUnits()))
-        throw FileFailure(wanted.file, "the page has no size");
+        throw FileFailure(wanted.file, "the page has no size", {}, kCheckAdvice);
     const PageFrame frame = FrameOf(record, wanted.fit);
     if (!IsSize(frame.acrossPerInch) || !IsSize(frame.downPerInch))
-        throw FileFailure(wanted.file, "the page is too small to be shown");
+        throw FileFailure(wanted.file, "the page is too small to be shown", {}, kCheckAdvice);
     const std::uint64_t bytes = PageCanvas::MostBytesOf(frame.size);
     if (bytes > wanted.maxMemory)
         throw FileFailure(wanted.file,
@@ -320,7 +320,7 @@ void WritePagePreview(const PagePreview& wanted, const PageFileInterface& page,
 {
     const PictureParameters& record = *page.PictureParams();
     const PageFrame frame = RequiredFrame(wanted, record);
-    OutputFile output(wanted.output, wanted.file);
+    OutputFile output(wanted.output, wanted.file, {}, Dash::IsStandardOutput);
     PageDrawing drawing(wanted, frame, record, paths);
     drawing.DrawEntries(page.GetEntriesNumber());
     Write(drawing.Canvas(), frame, output);

@@ -123,10 +123,12 @@ void RequireSensibleSize(const std::string& path, std::uint64_t width, std::uint
     constexpr std::uint64_t kMostWidth = 4U << 20U; // a row is held in memory
     constexpr std::uint64_t kMostHeight = std::numeric_limits<std::int32_t>::max();
     if (width == 0 || height == 0 || width > kMostWidth || height > kMostHeight)
-        throw FileFailure(path, "its header claims " + std::to_string(width) + " x " +
-                                    std::to_string(height) + " pixels; pictures from 1 x 1 to " +
-                                    std::to_string(kMostWidth) + " x " +
-                                    std::to_string(kMostHeight) + " are taken");
+        throw FileFailure(path,
+                          "its header claims " + std::to_string(width) + " x " +
+                              std::to_string(height) + " pixels; pictures from 1 x 1 to " +
+                              std::to_string(kMostWidth) + " x " + std::to_string(kMostHeight) +
+                              " are taken",
+                          {}, "Make it smaller first, or part it.");
 }
 
 void RequireHeldClaim(const std::string& path, std::uint64_t bytes, std::uint64_t mostForByte)

@@ -155,7 +155,7 @@ void PreviewPicture(const Picture& picture, const PreviewOptions& options)
                   "Allow it by --max-memory, or draw fewer rows by --rows.");
     ShowTransparentAsPaper(picture);
     const std::optional<FileFailure> shortfall = ShortfallOf(picture, rows);
-    OutputFile output(options.output, options.file);
+    OutputFile output(options.output, options.file, {}, Dash::IsStandardOutput);
     WritePreview(picture, options, plate, rows, output);
     output.Commit();
     if (shortfall) // written, for a person may want to see what is there
@@ -187,7 +187,8 @@ void Preview(const PreviewOptions& options)
 {
     if (options.gray && options.separation.empty())
         throw UsageFailure("--gray shows one separation: name it with --separation");
-    RequireEnding(options.output, kEndings);
+    if (!IsDash(options.output))
+        RequireEnding(options.output, kEndings);
     Opening opening = TryOpenPicture(options.file, options.asFormat, options.paths);
     if (const auto* const page = PageIn(opening))
         PreviewPage(*page, options, *opening.paths);
@@ -204,14 +205,20 @@ void AddPreview(CLI::App& app)
     const auto options = std::make_shared<PreviewOptions>();
     CLI::App& command = *app.add_subcommand("preview", "Write a picture as the screen shows it");
     command.add_option("FILE", options->file, "The picture")->required();
-    command.add_option("-o,--output", options->output, "The PNG file to write")->required();
+    command
+        .add_option("-o,--output", options->output, "The PNG file to write; - is standard output")
+        ->required()
+        ->type_name("FILE");
     command
         .add_option("--separation", options->separation,
                     "Only this separation, in its tint: cyan, magenta, yellow, black, 0 to 3, or a "
                     "TIFF's channel")
+        ->type_name(kSeparationType)
         ->check(RefuseEmpty);
     command.add_flag("--gray", options->gray, "Show the separation in grey");
-    command.add_option("--rows", options->rows, kRowsHelp)->check(RefuseEmpty);
+    command.add_option("--rows", options->rows, kRowsHelp)
+        ->type_name(kRowsType)
+        ->check(RefuseEmpty);
     command
         .add_option(
             "--fit", options->fit,
@@ -242,6 +249,7 @@ place of a picture that can't be shown stands a grey box with a cross, and the e
 Example:
   tympan preview photo.ct -o photo.png --fit 1200
   tympan preview photo.ct -o cyan.png --separation cyan --gray --rows 0:500
+  tympan preview photo.ct -o - --fit 800 > small.png
   tympan preview page.pg -o page.png --map 'P:\JOBS=/srv/jobs')");
     command.callback([options] { Guard(options->file, [&] { Preview(*options); }); });
 }

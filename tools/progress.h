@@ -1,6 +1,8 @@
 // How far long work is, for a person at a terminal.
 #pragma once
 
+#include "progress_text.h"
+
 #include <chrono>
 #include <cstdint>
 #include <string>
@@ -8,11 +10,11 @@
 namespace tympan::tool {
 
 /// Draws a line on standard error when that is a terminal and the work takes more than half a
-/// second; wipes it out at the end.
+/// second, unless --quiet was given; wipes it out at the end.
 class Progress {
   public:
-    /// \param total the steps of the work, in any unit
-    Progress(const std::string& what, std::uint64_t total);
+    /// \param total the steps of the work, in the unit given
+    Progress(const std::string& what, std::uint64_t total, ProgressUnit unit = ProgressUnit::Rows);
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
     ~Progress();
@@ -22,15 +24,16 @@ class Progress {
   private:
     using Clock = std::chrono::steady_clock;
 
-    void Draw();
+    void Draw(Clock::time_point now);
 
     std::string what_;
     std::uint64_t total_;
     std::uint64_t done_ = 0;
+    ProgressUnit unit_;
+    Clock::time_point begin_;
     Clock::time_point nextDrawing_;
-    bool onTerminal_;
+    bool isShown_;
     bool drawn_ = false;
-    int shownPercent_ = -1;
 };
 
 } // namespace tympan::tool

@@ -19,6 +19,7 @@ struct RowRange {
 RowRange ParseRows(const std::string& text, std::uint32_t height);
 
 /// How `--rows` is told in the help of a subcommand.
+inline constexpr char kRowsType[] = "A:B";
 inline constexpr char kRowsHelp[] =
     "Only rows A up to and without B, counted from 0; A: and :B go to the picture's end";
 

@@ -28,6 +28,7 @@ struct RowsOptions {
     std::string file;
     std::string asFormat;
     std::string output;
+    std::string format;
     std::string separation;
     std::string rows;
     std::optional<double> resolution;
@@ -211,11 +212,28 @@ std::unique_ptr<RowSource> SourceOf(const Picture& picture, const RowsOptions& o
     return std::make_unique<StoredRows>(picture, separation, rows);
 }
 
+std::string WantedEnding(const RowsOptions& options)
+{
+    if (!options.format.empty())
+        return "." + options.format;
+    if (IsDash(options.output))
+        throw UsageFailure("-o -: name what is to be written with --format");
+    return RequireEnding(options.output, GreyEndings());
+}
+
+std::vector<std::string> Formats()
+{
+    std::vector<std::string> formats;
+    for (const std::string_view ending : GreyEndings())
+        formats.emplace_back(ending.substr(1));
+    return formats;
+}
+
 void Rows(const RowsOptions& options)
 {
     if (options.resolution && !std::isfinite(*options.resolution))
         throw UsageFailure("--resolution wants a number of pixels per inch");
-    const std::string ending = RequireEnding(options.output, GreyEndings());
+    const std::string ending = WantedEnding(options);
     const Picture picture = OpenPicture(options.file, options.asFormat);
     picture.Rows(); // refuses a file without them
     RequirePixels(picture);
@@ -225,7 +243,7 @@ void Rows(const RowsOptions& options)
     RequireRows(picture, rows.end);
 
     const auto source = SourceOf(picture, options, separation, rows);
-    OutputFile output(options.output, options.file);
+    OutputFile output(options.output, options.file, {}, Dash::IsStandardOutput);
     const auto writer = MakeGreyFile(ending, output, source->Form());
     source->WriteTo(*writer);
     writer->Finish();
@@ -243,13 +261,22 @@ void AddRows(CLI::App& app)
     command
         .add_option("--separation", options->separation,
                     "The separation: cyan, magenta, yellow, black, 0 to 3, or a TIFF's channel")
-        ->required();
+        ->required()
+        ->type_name(kSeparationType);
     command
         .add_option(
             "-o,--output", options->output,
-            "The file to write: .pgm, .png, .tif (255 is no ink), or .raw for the bytes alone")
-        ->required();
-    command.add_option("--rows", options->rows, kRowsHelp)->check(RefuseEmpty);
+            "The file to write: .pgm, .png, .tif (255 is no ink), or .raw for the bytes alone; "
+            "- is standard output")
+        ->required()
+        ->type_name("FILE");
+    command
+        .add_option("--format", options->format,
+                    "What to write, whatever the output's name ends in; -o - needs it")
+        ->check(CLI::IsMember(Formats()));
+    command.add_option("--rows", options->rows, kRowsHelp)
+        ->type_name(kRowsType)
+        ->check(RefuseEmpty);
     command
         .add_option("--resolution", options->resolution,
                     "Resample to R pixels per inch by repeating pixels, or but for a CT also by "
@@ -269,6 +296,7 @@ Example:
   tympan rows photo.ct --separation cyan -o cyan.tif
   tympan rows photo.ct --separation 3 -o black.raw --rows 100:200
   tympan rows photo.jpg --separation cyan -o red.png
+  tympan rows photo.ct --separation cyan -o - --format raw | sha256sum
   tympan rows label.tif --separation orange -o orange.tif)");
     command.callback([options] { Guard(options->file, [&] { Rows(*options); }); });
 }

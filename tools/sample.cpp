@@ -13,6 +13,7 @@
 #include "sample_layout.h"
 #include "sample_plates.h"
 #include "tiff_it_writer.h"
+#include "verbosity.h"
 
 #include <tympan/inspect.h>
 
@@ -251,6 +252,8 @@ void MakePage(const Job& job)
 
 void Tell(const Options& options)
 {
+    if (IsQuiet())
+        return;
     std::cout << "Made in " << Shown(options.folder) << ":\n";
     for (const char* const name : kFiles)
         std::cout << "  " << name << '\n';
@@ -278,13 +281,18 @@ void AddSample(CLI::App& app)
     const auto options = std::make_shared<Options>();
     CLI::App& command =
         *app.add_subcommand("sample", "Make a job for trial: a picture of each format, and a page");
-    command.add_option("DIR", options->folder, "Where to make it")->required()->check(RefuseEmpty);
+    command.add_option("DIR", options->folder, "Where to make it")
+        ->required()
+        ->type_name("DIR")
+        ->check(RefuseEmpty);
     command.add_option("--photo", options->photograph, "A JPEG, PNG or TIFF photograph")
-        ->required();
+        ->required()
+        ->type_name("FILE");
     command
         .add_option("--line-work", options->drawing,
                     "A JPEG, PNG or TIFF drawing of up to 255 colours")
-        ->required();
+        ->required()
+        ->type_name("FILE");
     command.footer(kFooter);
     command.callback([options] { MakeSample(*options); });
 }

@@ -8,6 +8,9 @@
 
 namespace tympan::tool {
 
+/// The type of an option that takes a separation, as the help and the completions know it.
+inline constexpr char kSeparationType[] = "SEPARATION";
+
 /// "cyan" to "black"; "separation N" for what is none of the four.
 std::string NameOf(ColorSeparationType separation);
 

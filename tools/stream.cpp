@@ -188,7 +188,7 @@ void StreamSeparation(const Picture& picture, const StreamOptions& options)
     const ColorSeparationType separation = ParseSeparation(options.separation);
     RunStream stream(picture, separation, options);
     RequireSeparation(options.file, picture.Object(), separation);
-    OutputFile output(options.output, options.file);
+    OutputFile output(options.output, options.file, {}, Dash::IsStandardOutput);
     OffsetsFile offsets(options.offsets, options.file);
     PlainFile file(output);
     WriteStream(picture, stream, file, offsets);
@@ -218,12 +218,16 @@ void AddStream(CLI::App& app)
     const auto options = std::make_shared<StreamOptions>();
     CLI::App& command = *app.add_subcommand("stream", "Write line work as a run stream");
     command.add_option("IN", options->file, "An LW file")->required();
-    command.add_option("-o,--output", options->output, "The file to write, of bytes alone")
-        ->required();
+    command
+        .add_option("-o,--output", options->output,
+                    "The file to write, of bytes alone; - is standard output")
+        ->required()
+        ->type_name("FILE");
     auto* const separation =
         command
             .add_option("--separation", options->separation,
                         "The separation: cyan, magenta, yellow, black or 0 to 3")
+            ->type_name(kSeparationType)
             ->check(RefuseEmpty);
     auto* const indexes =
         command
@@ -246,8 +250,10 @@ void AddStream(CLI::App& app)
     command
         .add_option("--offsets", options->offsets,
                     "Write the place of each row in the output here, a decimal number a line")
+        ->type_name("FILE")
         ->check(RefuseEmpty);
     command.add_option("--lut", options->lut, "Write the tables of ink values here")
+        ->type_name("FILE")
         ->needs(indexes)
         ->check(RefuseEmpty);
     command

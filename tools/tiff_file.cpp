@@ -88,4 +88,10 @@ int TiffFile::KeepError(TIFF*, void* self, const char*, const char* format, va_l
     return 1;
 }
 
+const std::vector<std::string>& CmykInks()
+{
+    static const std::vector<std::string> kInks{ "Cyan", "Magenta", "Yellow", "Black" };
+    return kInks;
+}
+
 } // namespace tympan::tool

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace tympan::tool {
 
@@ -45,5 +46,8 @@ class TiffFile {
 
 /// What libtiff calls a compression, by its number in a file; empty for one that it doesn't know.
 std::string CompressionName(unsigned long number);
+
+/// The names of the four inks that are marked as those of the process.
+const std::vector<std::string>& CmykInks();
 
 } // namespace tympan::tool

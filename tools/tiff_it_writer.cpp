@@ -175,7 +175,8 @@ class TiffItFile {
         constexpr std::uint64_t kMost = 0xFFFFFFFF;
         end_ += bytes.size();
         if (end_ > kMost)
-            throw FileFailure(path_, "would pass 4 GiB, which is all that a TIFF/IT file can hold");
+            throw FileFailure(path_, "would pass 4 GiB, which is all that a TIFF/IT file can hold",
+                              {}, "Give a picture of fewer pixels.");
         file_.Write(bytes);
     }
 

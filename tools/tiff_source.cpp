@@ -1,6 +1,7 @@
 // TIFF files: grey, palette, RGB and CMYK, in strips or tiles, samples together or in planes.
 #include "bit_spreader.h"
 #include "failure.h"
+#include "names.h"
 #include "picture_source.h"
 #include "tiff_file.h"
 
@@ -93,6 +94,33 @@ void RequireDepth(const std::string& path, TIFF* tiff, const Layout& layout)
         Refuse(path, "samples with a sign or a fraction");
 }
 
+// libtiff holds the names as texts one behind the other, each with a terminator.
+std::vector<std::string> InkNames(TIFF* tiff)
+{
+    std::vector<std::string> names;
+    const char* name = nullptr;
+    if (TIFFGetField(tiff, TIFFTAG_INKNAMES, &name) != 1 || name == nullptr)
+        return names;
+    const auto count = Field<std::uint16_t>(tiff, TIFFTAG_NUMBEROFINKS);
+    for (std::uint16_t i = 0; i < count; ++i, name += names.back().size() + 1)
+        names.emplace_back(name);
+    return names;
+}
+
+// "Orange, ink 6": the inks that none of the four is; one without a name by its number.
+std::string OtherInks(TIFF* tiff, const Layout& layout)
+{
+    std::vector<std::string> names = InkNames(tiff);
+    names.resize(layout.samples - (layout.transparency == Transparency::None ? 0U : 1U));
+    std::string others;
+    for (std::size_t i = 0; i < names.size(); ++i) {
+        const std::string name = !names[i].empty() ? names[i] : "ink " + std::to_string(i + 1);
+        if (std::find(CmykInks().begin(), CmykInks().end(), name) == CmykInks().end())
+            others += (others.empty() ? "" : ", ") + name;
+    }
+    return others;
+}
+
 void RequireFourInks(const std::string& path, TIFF* tiff, const Layout& layout)
 {
     if (layout.photometric != PHOTOMETRIC_SEPARATED)
@@ -101,9 +129,15 @@ void RequireFourInks(const std::string& path, TIFF* tiff, const Layout& layout)
     if (set == INKSET_CMYK && layout.samples > 4 && layout.transparency == Transparency::None)
         throw FileFailure(path, "has a fifth channel that is marked neither as ink nor as alpha",
                           {}, "Save the picture without it, or with it marked as alpha.");
-    if (set != 0 && set != INKSET_CMYK)
-        throw FileFailure(path, "has inks other than cyan, magenta, yellow and black", {},
-                          "A CT file holds these four; merge the others into them first.");
+    if (set == 0 || set == INKSET_CMYK)
+        return;
+    const std::string others = OtherInks(tiff, layout);
+    throw FileFailure(path,
+                      "has inks other than cyan, magenta, yellow and black" +
+                          (others.empty() ? others : ", which would be lost: " + Shown(others)),
+                      {},
+                      "CT, LW and JPEG files hold these four; merge the others into them first, or "
+                      "keep all in a TIFF by `tympan export`.");
 }
 
 Layout ReadLayout(const std::string& path, TIFF* tiff)
@@ -116,7 +150,8 @@ Layout ReadLayout(const std::string& path, TIFF* tiff)
     layout.samples = Field<std::uint16_t>(tiff, TIFFTAG_SAMPLESPERPIXEL);
     layout.planarity = Field<std::uint16_t>(tiff, TIFFTAG_PLANARCONFIG);
     if (TIFFGetField(tiff, TIFFTAG_PHOTOMETRIC, &layout.photometric) != 1)
-        throw FileFailure(path, "the TIFF file doesn't tell what its samples are");
+        throw FileFailure(path, "the TIFF file doesn't tell what its samples are", {},
+                          "Save it anew, as grey, RGB or CMYK.");
     if (layout.photometric == PHOTOMETRIC_YCBCR && layout.planarity == PLANARCONFIG_CONTIG &&
         Field<std::uint16_t>(tiff, TIFFTAG_COMPRESSION) == COMPRESSION_JPEG)
         layout.photometric = PHOTOMETRIC_RGB; // as the decoder is told to give it

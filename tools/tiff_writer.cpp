@@ -46,12 +46,6 @@ std::size_t TiffSamples::Count() const
     return 1;
 }
 
-const std::vector<std::string>& CmykInks()
-{
-    static const std::vector<std::string> kInks{ "Cyan", "Magenta", "Yellow", "Black" };
-    return kInks;
-}
-
 TiffWriter::TiffWriter(const OutputFile& output, const WrittenForm& form,
                        const TiffSamples& samples)
     : tiff_(output.WritingPath(), ModeFor(form, samples), output.Path())

@@ -23,9 +23,6 @@ struct TiffSamples {
     std::size_t Count() const;
 };
 
-/// The names of the four inks that are marked as those of the process.
-const std::vector<std::string>& CmykInks();
-
 class TiffWriter : public RowWriter {
   public:
     TiffWriter(const OutputFile& output, const WrittenForm& form, const TiffSamples& samples);

@@ -140,7 +140,7 @@ constexpr RefusalCase kRefusals[] = {
     { "stream @a.lw -o @b --indexes", 2, "--white: no colour of" },
     { "stream @a.lw -o @b --indexes --white 0", 2, "1 to 20" },
     { "stream @a.lw -o @b --indexes --white 21", 2, "1 to 20" },
-    { "stream @a.lw -o @b --indexes --white 1 --max-memory 1000", 1, "--max-memory" },
+    { "stream @a.lw -o @b --indexes --white 1 --max-memory 10", 1, "--max-memory" },
     { "stream @a.lw -o @b --indexes --white 1 --max-memory lots", 2, "--max-memory" },
     { "stream @a.lw -o @b --indexes --white 1 --lut @b", 2, "a file of its own" },
     { "stream @last.lw -o @b --indexes --white 1 --lut @c", 1, "the rows can't be read" },

@@ -1,0 +1,64 @@
+#include "report_files.h"
+
+#include "batch_walk.h"
+#include "failure.h"
+#include "report_folder.h"
+
+#include <algorithm>
+#include <filesystem>
+
+namespace tympan::tool {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// The path from the folder on that was asked for.
+fs::path BelowAsked(const std::string& path, const std::vector<std::string>& asked)
+{
+    for (const std::string& folder : asked) {
+        const fs::path below = fs::path(path).lexically_normal().lexically_relative(
+            fs::path(folder).lexically_normal());
+        if (!below.empty() && *below.begin() != "..")
+            return below;
+    }
+    return path;
+}
+
+bool IsHidden(const fs::path& below)
+{
+    return std::any_of(below.begin(), below.end(), [](const fs::path& name) {
+        return name.string().starts_with('.') && name != ".";
+    });
+}
+
+// Whether a file is part of a report, which has its style and images in folders of its own.
+bool IsOfReport(const std::string& path)
+{
+    const fs::path folder = fs::path(path).parent_path();
+    return IsReport(folder.string()) || IsReport(folder.parent_path().string());
+}
+
+} // namespace
+
+ReportFiles FindReportFiles(const std::vector<std::string>& asked)
+{
+    ReportFiles found;
+    FileWalk walk(asked, true);
+    while (const std::optional<WalkedEntry> entry = walk.Next()) {
+        const fs::path below = BelowAsked(entry->path, asked);
+        if (entry->kind == WalkedEntry::Kind::UnreadableFolder) {
+            Report(SystemFailure(entry->path, entry->error, "The report lacks what is in it."));
+            found.areAll = false;
+        } else if (entry->kind == WalkedEntry::Kind::Named) {
+            found.files.push_back({ entry->path, entry->path, entry->state.size, true });
+        } else if (entry->kind == WalkedEntry::Kind::File && !IsHidden(below) &&
+                   !IsOfReport(entry->path)) {
+            const std::string shown = asked.size() == 1 ? below.string() : entry->path;
+            found.files.push_back({ entry->path, shown, entry->state.size });
+        }
+    }
+    return found;
+}
+
+} // namespace tympan::tool
