@@ -1,12 +1,12 @@
 # run_sessions.sh PROGRAMS COMMAND_FOLDER SESSION...
 #
-# Runs the lines behind "$ " of each session, one after the other in one new folder where the programs
-# stand, and ends with status 1 when what they print isn't what the session shows.
+# Runs the lines behind "$ " of each session, one after the other in one new folder with copies of what
+# stands in PROGRAMS, and ends with status 1 when what they print isn't what the session shows.
 set -uo pipefail
 
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
-ln -s "$1"/* "$scratch"
+cp -a "$1"/* "$scratch"
 export PATH=$2:$PATH
 cd "$scratch" || exit
 
