@@ -196,10 +196,9 @@ void AddBatchOptions(CLI::App& command, CheckCommandOptions& options, CLI::Optio
 
 } // namespace
 
-void AddCheck(CLI::App& app)
+void DeclareCheck(CLI::App& command)
 {
     const auto options = std::make_shared<CheckCommandOptions>();
-    CLI::App& command = *app.add_subcommand("check", "Prove picture files, every row of them");
     CLI::Option* const files = command.add_option("FILE", options->files, "The pictures");
     CLI::Option* const json = command.add_flag("--json", options->json,
                                                "Write a JSON array with an object for each file");

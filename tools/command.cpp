@@ -5,17 +5,36 @@
 
 #include <tympan/tympan.h>
 
-#include <array>
 #include <string>
 
 namespace tympan::tool {
 
 namespace {
 
-constexpr std::array kSubcommands{
-    AddInfo,  AddCheck,   AddPreview, AddRows,      AddInk,    AddHash,
-    AddDiff,  AddPalette, AddImport,  AddExport,    AddCrop,   AddStream,
-    AddIndex, AddPage,    AddReport,  AddThumbnail, AddSample,
+struct Subcommand {
+    const char* name;
+    const char* does; ///< what, as an order
+    void (*declare)(CLI::App& command);
+};
+
+constexpr Subcommand kSubcommands[] = {
+    { "info", "Tell what picture files are", DeclareInfo },
+    { "check", "Prove picture files, every row of them", DeclareCheck },
+    { "preview", "Write a picture as the screen shows it", DeclarePreview },
+    { "rows", "Write one separation as a grey picture", DeclareRows },
+    { "ink", "Tell how much ink pictures have", DeclareInk },
+    { "hash", "Tell SHA-256 sums of pictures, whatever their format", DeclareHash },
+    { "diff", "Compare the samples of two pictures, whatever their formats", DeclareDiff },
+    { "palette", "Tell the colours of line work", DeclarePalette },
+    { "import", "Turn a JPEG, PNG or TIFF picture into a CT, LW or JPEG file", DeclareImport },
+    { "export", "Turn a picture into a CMYK, RGB or grey TIFF", DeclareExport },
+    { "crop", "Cut a rectangle out of line work", DeclareCrop },
+    { "stream", "Write line work as a run stream", DeclareStream },
+    { "index", "Make the side files of pictures", DeclareIndex },
+    { "page", "Write a page file that places pictures", DeclarePage },
+    { "report", "Make a page for a browser over a folder of jobs", DeclareReport },
+    { "thumbnail", "Write a small PNG of a picture, for file managers", DeclareThumbnail },
+    { "sample", "Make a job for trial: a picture of each format, and a page", DeclareSample },
 };
 
 constexpr char kFooter[] = R"(`tympan SUBCOMMAND --help` tells more.
@@ -71,10 +90,11 @@ void DeclareCommand(CLI::App& app)
     app.require_subcommand(0, 1); // that one is missing is told by main, after unknown words
     app.set_version_flag("--version", std::string("tympan ") + tympan::Version());
     app.footer(kFooter);
-    for (const auto& add : kSubcommands)
-        add(app);
-    for (CLI::App* const subcommand : Subcommands(app))
-        AddQuiet(*subcommand);
+    for (const Subcommand& one : kSubcommands) {
+        CLI::App& command = *app.add_subcommand(one.name, one.does);
+        one.declare(command);
+        AddQuiet(command);
+    }
 }
 
 } // namespace tympan::tool

@@ -25,23 +25,27 @@ struct EndWith {
     ExitStatus status;
 };
 
-void AddInfo(CLI::App& app);
-void AddPreview(CLI::App& app);
-void AddRows(CLI::App& app);
-void AddImport(CLI::App& app);
-void AddExport(CLI::App& app);
-void AddCheck(CLI::App& app);
-void AddCrop(CLI::App& app);
-void AddStream(CLI::App& app);
-void AddIndex(CLI::App& app);
-void AddPage(CLI::App& app);
-void AddSample(CLI::App& app);
-void AddInk(CLI::App& app);
-void AddPalette(CLI::App& app);
-void AddReport(CLI::App& app);
-void AddHash(CLI::App& app);
-void AddDiff(CLI::App& app);
-void AddThumbnail(CLI::App& app);
+/// \name The subcommands
+/// Each declares the options of the one that it is given.
+/// @{
+void DeclareInfo(CLI::App& command);
+void DeclarePreview(CLI::App& command);
+void DeclareRows(CLI::App& command);
+void DeclareImport(CLI::App& command);
+void DeclareExport(CLI::App& command);
+void DeclareCheck(CLI::App& command);
+void DeclareCrop(CLI::App& command);
+void DeclareStream(CLI::App& command);
+void DeclareIndex(CLI::App& command);
+void DeclarePage(CLI::App& command);
+void DeclareSample(CLI::App& command);
+void DeclareInk(CLI::App& command);
+void DeclarePalette(CLI::App& command);
+void DeclareReport(CLI::App& command);
+void DeclareHash(CLI::App& command);
+void DeclareDiff(CLI::App& command);
+void DeclareThumbnail(CLI::App& command);
+/// @}
 
 /// Declares the command with all its subcommands. An App serves for one parse.
 void DeclareCommand(CLI::App& app);

@@ -145,10 +145,9 @@ void Crop(const CropOptions& options)
 
 } // namespace
 
-void AddCrop(CLI::App& app)
+void DeclareCrop(CLI::App& command)
 {
     const auto options = std::make_shared<CropOptions>();
-    CLI::App& command = *app.add_subcommand("crop", "Cut a rectangle out of line work");
     command.add_option("IN", options->file, "An LW file")->required();
     command.add_option("OUT", options->output, "The LW file to write")->required();
     const auto addSide = [&](const char* name, std::optional<std::uint32_t>& side,

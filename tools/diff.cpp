@@ -240,11 +240,9 @@ void Diff(const DiffOptions& options)
 
 } // namespace
 
-void AddDiff(CLI::App& app)
+void DeclareDiff(CLI::App& command)
 {
     const auto options = std::make_shared<DiffOptions>();
-    CLI::App& command =
-        *app.add_subcommand("diff", "Compare the samples of two pictures, whatever their formats");
     command.add_option("A", options->a, "A picture")->required();
     command.add_option("B", options->b, "The picture that it is compared with")->required();
     command.add_flag("--json", options->json, "Write a JSON object");

@@ -151,20 +151,18 @@ void Export(const Options& options)
 
 } // namespace
 
-void AddExport(CLI::App& app)
+void DeclareExport(CLI::App& command)
 {
-    CLI::App* const command =
-        app.add_subcommand("export", "Turn a picture into a CMYK, RGB or grey TIFF");
     const auto options = std::make_shared<Options>();
-    command->add_option("FILE", options->file, "The picture")->required();
+    command.add_option("FILE", options->file, "The picture")->required();
     command
-        ->add_option("-o,--output", options->output,
-                     "The TIFF file to write, OUT.tif; - is standard output")
+        .add_option("-o,--output", options->output,
+                    "The TIFF file to write, OUT.tif; - is standard output")
         ->required()
         ->type_name("FILE");
-    AddAsOption(*command, options->asFormat);
-    command->footer(kFooter);
-    command->callback([options] { Export(*options); });
+    AddAsOption(command, options->asFormat);
+    command.footer(kFooter);
+    command.callback([options] { Export(*options); });
 }
 
 } // namespace tympan::tool

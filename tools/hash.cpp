@@ -134,11 +134,9 @@ void Hash(const HashOptions& options)
 
 } // namespace
 
-void AddHash(CLI::App& app)
+void DeclareHash(CLI::App& command)
 {
     const auto options = std::make_shared<HashOptions>();
-    CLI::App& command =
-        *app.add_subcommand("hash", "Tell SHA-256 sums of pictures, whatever their format");
     command.add_option("FILE", options->files, "The pictures")->required();
     command.add_flag("--json", options->json, "Write a JSON array with an object for each file");
     AddAsOption(command, options->asFormat);

@@ -166,30 +166,28 @@ void ImportPicture(const ImportOptions& options)
     });
 }
 
-void AddImport(CLI::App& app)
+void DeclareImport(CLI::App& command)
 {
-    CLI::App* const command =
-        app.add_subcommand("import", "Turn a JPEG, PNG or TIFF picture into a CT, LW or JPEG file");
     const auto options = std::make_shared<ImportOptions>();
-    command->add_option("PICTURE", options->picture, "A JPEG, PNG or TIFF file")->required();
+    command.add_option("PICTURE", options->picture, "A JPEG, PNG or TIFF file")->required();
     command
-        ->add_option("-o,--output", options->output, "The file to write, OUT.ct, OUT.lw or OUT.jpg")
+        .add_option("-o,--output", options->output, "The file to write, OUT.ct, OUT.lw or OUT.jpg")
         ->required()
         ->type_name("FILE");
     command
-        ->add_option("--profile", options->profile,
-                     "ICC profile of the CMYK output, for RGB and grey pictures")
+        .add_option("--profile", options->profile,
+                    "ICC profile of the CMYK output, for RGB and grey pictures")
         ->type_name("FILE");
     command
-        ->add_option("--resolution", options->resolution,
-                     "Pixels per inch, in place of the picture's own (else 300)")
+        .add_option("--resolution", options->resolution,
+                    "Pixels per inch, in place of the picture's own (else 300)")
         ->check(CLI::Range(0.001, 1e6));
     command
-        ->add_option("--quality", options->quality,
-                     "Of a JPEG file that is encoded anew, 1 to 100 (92)")
+        .add_option("--quality", options->quality,
+                    "Of a JPEG file that is encoded anew, 1 to 100 (92)")
         ->check(CLI::Range(1, 100));
-    command->footer(kFooter);
-    command->callback([options] { ImportPicture(*options); });
+    command.footer(kFooter);
+    command.callback([options] { ImportPicture(*options); });
 }
 
 } // namespace tympan::tool

@@ -110,10 +110,9 @@ void Index(const IndexOptions& options)
 
 } // namespace
 
-void AddIndex(CLI::App& app)
+void DeclareIndex(CLI::App& command)
 {
     const auto options = std::make_shared<IndexOptions>();
-    CLI::App& command = *app.add_subcommand("index", "Make the side files of pictures");
     command.add_option("FILE", options->files, "The pictures")->required();
     AddAsOption(command, options->asFormat);
     command.footer(kFooter);

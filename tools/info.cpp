@@ -411,10 +411,9 @@ Json InfoOf(const std::string& file, const std::string& asFormat, const PathOpti
     return AsJson(Look(file, opening, options));
 }
 
-void AddInfo(CLI::App& app)
+void DeclareInfo(CLI::App& command)
 {
     const auto options = std::make_shared<InfoOptions>();
-    CLI::App& command = *app.add_subcommand("info", "Tell what picture files are");
     command.add_option("FILE", options->files, "The pictures")->required();
     command.add_flag("--json", options->json, "Write a JSON array with an object for each file");
     command.add_flag("--runs", options->runs, "Count the runs of line work, which reads it whole");

@@ -162,10 +162,9 @@ void Ink(const InkOptions& options)
 
 } // namespace
 
-void AddInk(CLI::App& app)
+void DeclareInk(CLI::App& command)
 {
     const auto options = std::make_shared<InkOptions>();
-    CLI::App& command = *app.add_subcommand("ink", "Tell how much ink pictures have");
     command.add_option("FILE", options->files, "The pictures")->required();
     command.add_flag("--json", options->json, "Write a JSON array with an object for each file");
     command

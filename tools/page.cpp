@@ -215,9 +215,8 @@ void Write(const PageOptions& options, std::vector<Place> places)
 
 } // namespace
 
-void AddPage(CLI::App& app)
+void DeclarePage(CLI::App& command)
 {
-    CLI::App& command = *app.add_subcommand("page", "Write a page file that places pictures");
     const auto options = std::make_shared<PageOptions>();
     command.add_option("OUT", options->output, "The page file to write")->required();
     command.add_option("--size", options->size, "Width and height of the page, in inches")

@@ -195,10 +195,9 @@ void PrintPalette(const PaletteOptions& options)
 
 } // namespace
 
-void AddPalette(CLI::App& app)
+void DeclarePalette(CLI::App& command)
 {
     const auto options = std::make_shared<PaletteOptions>();
-    CLI::App& command = *app.add_subcommand("palette", "Tell the colours of line work");
     command.add_option("FILE", options->file, "An LW file")->required();
     CLI::Option* const json = command.add_flag("--json", options->json, "Write a JSON object");
     command.add_flag("--csv", options->csv, "Write comma-separated values")->excludes(json);

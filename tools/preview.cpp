@@ -200,10 +200,9 @@ void Preview(const PreviewOptions& options)
 
 } // namespace
 
-void AddPreview(CLI::App& app)
+void DeclarePreview(CLI::App& command)
 {
     const auto options = std::make_shared<PreviewOptions>();
-    CLI::App& command = *app.add_subcommand("preview", "Write a picture as the screen shows it");
     command.add_option("FILE", options->file, "The picture")->required();
     command
         .add_option("-o,--output", options->output, "The PNG file to write; - is standard output")

@@ -165,11 +165,9 @@ void WriteReport(ReportOptions& options)
 
 } // namespace
 
-void AddReport(CLI::App& app)
+void DeclareReport(CLI::App& command)
 {
     const auto options = std::make_shared<ReportOptions>();
-    CLI::App& command =
-        *app.add_subcommand("report", "Make a page for a browser over a folder of jobs");
     command.add_option("DIR", options->folders, "Folders of pictures; files may be named too")
         ->required();
     command

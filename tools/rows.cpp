@@ -253,10 +253,9 @@ void Rows(const RowsOptions& options)
 
 } // namespace
 
-void AddRows(CLI::App& app)
+void DeclareRows(CLI::App& command)
 {
     const auto options = std::make_shared<RowsOptions>();
-    CLI::App& command = *app.add_subcommand("rows", "Write one separation as a grey picture");
     command.add_option("FILE", options->file, "The picture")->required();
     command
         .add_option("--separation", options->separation,

@@ -276,11 +276,9 @@ void MakeSample(const Options& options)
 
 } // namespace
 
-void AddSample(CLI::App& app)
+void DeclareSample(CLI::App& command)
 {
     const auto options = std::make_shared<Options>();
-    CLI::App& command =
-        *app.add_subcommand("sample", "Make a job for trial: a picture of each format, and a page");
     command.add_option("DIR", options->folder, "Where to make it")
         ->required()
         ->type_name("DIR")

@@ -212,11 +212,10 @@ void Stream(const StreamOptions& options)
 
 } // namespace
 
-void AddStream(CLI::App& app)
+void DeclareStream(CLI::App& command)
 {
     constexpr std::int32_t kMost = std::numeric_limits<std::int32_t>::max();
     const auto options = std::make_shared<StreamOptions>();
-    CLI::App& command = *app.add_subcommand("stream", "Write line work as a run stream");
     command.add_option("IN", options->file, "An LW file")->required();
     command
         .add_option("-o,--output", options->output,

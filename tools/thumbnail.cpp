@@ -143,11 +143,9 @@ void Thumbnail(const ThumbnailOptions& options)
 
 } // namespace
 
-void AddThumbnail(CLI::App& app)
+void DeclareThumbnail(CLI::App& command)
 {
     const auto options = std::make_shared<ThumbnailOptions>();
-    CLI::App& command =
-        *app.add_subcommand("thumbnail", "Write a small PNG of a picture, for file managers");
     command.add_option("FILE", options->file, "The picture or page")->required();
     // Its name needn't end in .png: file managers make names of their own.
     command.add_option("OUT", options->output, "The PNG file to write; - is standard output")

@@ -83,9 +83,9 @@ bool HasZsh()
     return RunProgram("zsh", { "--version" }).status == 0;
 }
 
-// What the script hands to zsh's own functions, a specification a line; these take the first call for
-// the one of a command line with this subcommand.
-std::string ZshSpecifications(const std::string& subcommand)
+// What the script hands to zsh's own functions, an option or argument a line; these take the first call
+// for the one of a command line with this subcommand.
+std::string ZshArguments(const std::string& subcommand)
 {
     const std::string kPrint = R"(
         _arguments() { print -rl -- "$@"; [[ -z $state ]] && state=argument line=($subcommand) }
@@ -98,13 +98,13 @@ TEST(Completion, ZshGetsAllThatTheHelpLists)
     if (!HasZsh())
         GTEST_SKIP() << "zsh isn't installed";
     for (const std::string& subcommand : HelpedSubcommands()) {
-        const std::string specifications = ZshSpecifications(subcommand);
+        const std::string arguments = ZshArguments(subcommand);
         for (const std::string& option : HelpedOptions(subcommand))
-            EXPECT_THAT(specifications, testing::ContainsRegex("[)*]" + option + "[=+]?\\["))
+            EXPECT_THAT(arguments, testing::ContainsRegex("[)*]" + option + "[=+]?\\["))
                 << subcommand;
     }
-    EXPECT_THAT(ZshSpecifications("rows"), testing::HasSubstr(":(cyan magenta yellow black)\n"));
-    EXPECT_THAT(ZshSpecifications("info"), testing::HasSubstr(":_files -/\n"));
+    EXPECT_THAT(ZshArguments("rows"), testing::HasSubstr(":(cyan magenta yellow black)\n"));
+    EXPECT_THAT(ZshArguments("info"), testing::HasSubstr(":_files -/\n"));
 }
 
 TEST(Completion, ScriptsAreSoundToTheirShells)

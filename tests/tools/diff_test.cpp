@@ -211,7 +211,7 @@ Marks(const PngPicture& png, std::uint32_t width, std::uint32_t height)
 
 TEST(DiffMap, ShowsOneSampleAmongMillions)
 {
-    CtPicture a{ 2000, 1500, 4, 300.0, 300.0, std::vector<std::uint8_t>(2000 * 1500 * 4, 255) };
+    CtPicture a{ 2000, 1500, 4, 300.0, 300.0, std::vector<std::uint8_t>(12000000, 255) };
     CtPicture b = a;
     b.bytes[(std::size_t{ 1234 } * 4 + 2) * 2000 + 567] = 254;
     const PairFolder folder(a, b);
