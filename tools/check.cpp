@@ -158,61 +158,58 @@ void Check(const CheckCommandOptions& options)
     FinishStandardOutput();
 }
 
-void AddBatchOptions(CLI::App& command, CheckCommandOptions& options, CLI::Option* json)
+void AddBatchOptions(const Options& command, CheckCommandOptions& options, const Option& json)
 {
     constexpr unsigned int kMostJobs = 1024;
     constexpr unsigned int kMostMemory = 1U << 30U; // MiB
     constexpr unsigned int kMostSeconds = 30U * 24U * 3600U;
-    const auto isOneOfThese = [&options, json](CLI::Option* option) {
-        option->each([&options](const std::string&) { options.isBatch = true; });
-        return option->excludes(json);
+    const auto isOneOfThese = [&options, &json](Option option) {
+        return option.WhenGiven([&options] { options.isBatch = true; }).NotWith(json);
     };
-    isOneOfThese(command.add_flag("-r,--recursive", options.intoFolders,
-                                  "Check the files in folders, and in the folders below them"));
-    isOneOfThese(command.add_option("-j,--jobs", options.jobs,
-                                    "So many processes; without it one for each processor"))
-        ->check(CLI::Range(1U, kMostJobs));
-    isOneOfThese(command.add_option("--timeout", options.secondsPerFile,
-                                    "Seconds that a file may take; 0 for no limit"))
-        ->check(CLI::Range(0U, kMostSeconds))
-        ->capture_default_str();
-    isOneOfThese(command.add_option("--max-memory", options.memoryPerJob,
-                                    "MiB of addresses that a process may use; 0 for no limit"))
-        ->check(CLI::Range(0U, kMostMemory))
-        ->capture_default_str();
-    isOneOfThese(command.add_option("--manifest", options.manifest,
-                                    "Write a line of JSON for each file, for a later --since"))
-        ->check(RefuseEmpty);
+    isOneOfThese(command.AddFlag("-r,--recursive", options.intoFolders,
+                                 "Check the files in folders, and in the folders below them"));
+    isOneOfThese(command.Add("-j,--jobs", options.jobs,
+                             "So many processes; without it one for each processor"))
+        .Between(1U, kMostJobs);
+    isOneOfThese(command.Add("--timeout", options.secondsPerFile,
+                             "Seconds that a file may take; 0 for no limit"))
+        .Between(0U, kMostSeconds)
+        .TellDefault();
+    isOneOfThese(command.Add("--max-memory", options.memoryPerJob,
+                             "MiB of addresses that a process may use; 0 for no limit"))
+        .Between(0U, kMostMemory)
+        .TellDefault();
+    isOneOfThese(command.Add("--manifest", options.manifest,
+                             "Write a line of JSON for each file, for a later --since"))
+        .NotEmpty();
+    isOneOfThese(command.Add("--since", options.since,
+                             "Pass over what hasn't changed since this manifest was written"))
+        .OneValueEach();
     isOneOfThese(
-        command.add_option("--since", options.since,
-                           "Pass over what hasn't changed since this manifest was written"))
-        ->allow_extra_args(false);
-    isOneOfThese(
-        command.add_flag("--hash", options.withSums, "Go by the SHA-256 sums of the files too"));
-    isOneOfThese(command.add_option("--policy", options.policy,
-                                    "Hold the pictures against the rules in this JSON file"))
-        ->check(RefuseEmpty);
+        command.AddFlag("--hash", options.withSums, "Go by the SHA-256 sums of the files too"));
+    isOneOfThese(command.Add("--policy", options.policy,
+                             "Hold the pictures against the rules in this JSON file"))
+        .NotEmpty();
 }
 
 } // namespace
 
-void DeclareCheck(CLI::App& command)
+void DeclareCheck(const Options& command)
 {
     const auto options = std::make_shared<CheckCommandOptions>();
-    CLI::Option* const files = command.add_option("FILE", options->files, "The pictures");
-    CLI::Option* const json = command.add_flag("--json", options->json,
-                                               "Write a JSON array with an object for each file");
+    const Option files = command.Add("FILE", options->files, "The pictures");
+    const Option json =
+        command.AddFlag("--json", options->json, "Write a JSON array with an object for each file");
     command
-        .add_flag("--json-lines", options->jsonLines,
-                  "Write a JSON object on a line as each file is done")
-        ->excludes(json);
-    command
-        .add_flag("--list", options->list, "List all that a check can find; with --json as JSON")
-        ->excludes(files);
+        .AddFlag("--json-lines", options->jsonLines,
+                 "Write a JSON object on a line as each file is done")
+        .NotWith(json);
+    command.AddFlag("--list", options->list, "List all that a check can find; with --json as JSON")
+        .NotWith(files);
     AddAsOption(command, options->each.asFormat);
     AddPathOptions(command, options->each.paths);
     AddBatchOptions(command, *options, json);
-    command.footer(
+    command.AddFooter(
         R"(A file is valid, valid with remarks, invalid, or undetermined: then it can't be
 read, or it is of no known format. The exit status is 1 if any is invalid or undetermined.
 Of each kind of finding the first 100 of a file are told and the others counted.
@@ -231,7 +228,7 @@ Example:
   tympan check -r archive --manifest archive.manifest
   tympan check -r archive --manifest archive.manifest --since archive.manifest
   tympan check -r incoming --policy newspaper.json)");
-    command.callback([options] { Check(*options); });
+    command.Run([options] { Check(*options); });
 }
 
 } // namespace tympan::tool

@@ -5,6 +5,8 @@
 
 #include <tympan/tympan.h>
 
+#include <CLI/CLI.hpp>
+
 #include <string>
 
 namespace tympan::tool {
@@ -14,7 +16,7 @@ namespace {
 struct Subcommand {
     const char* name;
     const char* does; ///< what, as an order
-    void (*declare)(CLI::App& command);
+    void (*declare)(const Options& command);
 };
 
 constexpr Subcommand kSubcommands[] = {
@@ -92,7 +94,7 @@ void DeclareCommand(CLI::App& app)
     app.footer(kFooter);
     for (const Subcommand& one : kSubcommands) {
         CLI::App& command = *app.add_subcommand(one.name, one.does);
-        one.declare(command);
+        one.declare(Options(command));
         AddQuiet(command);
     }
 }

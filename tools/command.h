@@ -2,7 +2,7 @@
 // work and throws when it can't; what is thrown decides the exit status.
 #pragma once
 
-#include <CLI/CLI.hpp>
+#include "options.h"
 
 #include <vector>
 
@@ -28,23 +28,23 @@ struct EndWith {
 /// \name The subcommands
 /// Each declares the options of the one that it is given.
 /// @{
-void DeclareInfo(CLI::App& command);
-void DeclarePreview(CLI::App& command);
-void DeclareRows(CLI::App& command);
-void DeclareImport(CLI::App& command);
-void DeclareExport(CLI::App& command);
-void DeclareCheck(CLI::App& command);
-void DeclareCrop(CLI::App& command);
-void DeclareStream(CLI::App& command);
-void DeclareIndex(CLI::App& command);
-void DeclarePage(CLI::App& command);
-void DeclareSample(CLI::App& command);
-void DeclareInk(CLI::App& command);
-void DeclarePalette(CLI::App& command);
-void DeclareReport(CLI::App& command);
-void DeclareHash(CLI::App& command);
-void DeclareDiff(CLI::App& command);
-void DeclareThumbnail(CLI::App& command);
+void DeclareInfo(const Options& command);
+void DeclarePreview(const Options& command);
+void DeclareRows(const Options& command);
+void DeclareImport(const Options& command);
+void DeclareExport(const Options& command);
+void DeclareCheck(const Options& command);
+void DeclareCrop(const Options& command);
+void DeclareStream(const Options& command);
+void DeclareIndex(const Options& command);
+void DeclarePage(const Options& command);
+void DeclareSample(const Options& command);
+void DeclareInk(const Options& command);
+void DeclarePalette(const Options& command);
+void DeclareReport(const Options& command);
+void DeclareHash(const Options& command);
+void DeclareDiff(const Options& command);
+void DeclareThumbnail(const Options& command);
 /// @}
 
 /// Declares the command with all its subcommands. An App serves for one parse.

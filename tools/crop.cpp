@@ -145,23 +145,23 @@ void Crop(const CropOptions& options)
 
 } // namespace
 
-void DeclareCrop(CLI::App& command)
+void DeclareCrop(const Options& command)
 {
     const auto options = std::make_shared<CropOptions>();
-    command.add_option("IN", options->file, "An LW file")->required();
-    command.add_option("OUT", options->output, "The LW file to write")->required();
+    command.Add("IN", options->file, "An LW file").Required();
+    command.Add("OUT", options->output, "The LW file to write").Required();
     const auto addSide = [&](const char* name, std::optional<std::uint32_t>& side,
                              const char* help) {
-        command.add_option(name, side, help)
-            ->check(CLI::Range(std::int32_t{ 1 }, std::numeric_limits<std::int32_t>::max()));
+        command.Add(name, side, help)
+            .Between(std::int32_t{ 1 }, std::numeric_limits<std::int32_t>::max());
     };
     addSide("--left", options->left, "The first column to keep, from 1");
     addSide("--right", options->right, "The last column to keep");
     addSide("--top", options->top, "The first row to keep, from 1");
     addSide("--bottom", options->bottom, "The last row to keep");
     AddAsOption(command, options->asFormat);
-    command.footer(kFooter);
-    command.callback([options] { Guard(options->file, [&] { Crop(*options); }); });
+    command.AddFooter(kFooter);
+    command.Run([options] { Guard(options->file, [&] { Crop(*options); }); });
 }
 
 } // namespace tympan::tool

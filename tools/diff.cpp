@@ -240,27 +240,25 @@ void Diff(const DiffOptions& options)
 
 } // namespace
 
-void DeclareDiff(CLI::App& command)
+void DeclareDiff(const Options& command)
 {
     const auto options = std::make_shared<DiffOptions>();
-    command.add_option("A", options->a, "A picture")->required();
-    command.add_option("B", options->b, "The picture that it is compared with")->required();
-    command.add_flag("--json", options->json, "Write a JSON object");
-    CLI::Option* const image =
-        command
-            .add_option("--image", options->image,
-                        "Write a map of the differences here, a PNG file with a legend")
-            ->type_name("FILE")
-            ->check(RefuseEmpty);
+    command.Add("A", options->a, "A picture").Required();
+    command.Add("B", options->b, "The picture that it is compared with").Required();
+    command.AddFlag("--json", options->json, "Write a JSON object");
+    const Option image = command
+                             .Add("--image", options->image,
+                                  "Write a map of the differences here, a PNG file with a legend")
+                             .Called("FILE")
+                             .NotEmpty();
     command
-        .add_option("--fit", options->fit,
-                    "Make the map's longer side at most N pixels; never enlarges")
-        ->needs(image)
-        ->check(CLI::Range(1U, kMostFit))
-        ->capture_default_str();
+        .Add("--fit", options->fit, "Make the map's longer side at most N pixels; never enlarges")
+        .Needs(image)
+        .Between(1U, kMostFit)
+        .TellDefault();
     AddAsOption(command, options->asFormat);
-    command.footer(kFooter);
-    command.callback([options] { Diff(*options); });
+    command.AddFooter(kFooter);
+    command.Run([options] { Diff(*options); });
 }
 
 } // namespace tympan::tool

@@ -37,7 +37,7 @@ Example:
   tympan export map.lw -o map.tif
   tympan export photo.jpg -o photo.tif)";
 
-struct Options {
+struct ExportOptions {
     std::string file;
     std::string output;
     std::string asFormat;
@@ -131,7 +131,7 @@ void RequireWhole(const Picture& picture)
     RequireRows(picture, picture.Height());
 }
 
-void Export(const Options& options)
+void Export(const ExportOptions& options)
 {
     if (!IsDash(options.output))
         RequireEnding(options.output, kEndings);
@@ -151,18 +151,18 @@ void Export(const Options& options)
 
 } // namespace
 
-void DeclareExport(CLI::App& command)
+void DeclareExport(const Options& command)
 {
-    const auto options = std::make_shared<Options>();
-    command.add_option("FILE", options->file, "The picture")->required();
+    const auto options = std::make_shared<ExportOptions>();
+    command.Add("FILE", options->file, "The picture").Required();
     command
-        .add_option("-o,--output", options->output,
-                    "The TIFF file to write, OUT.tif; - is standard output")
-        ->required()
-        ->type_name("FILE");
+        .Add("-o,--output", options->output,
+             "The TIFF file to write, OUT.tif; - is standard output")
+        .Required()
+        .Called("FILE");
     AddAsOption(command, options->asFormat);
-    command.footer(kFooter);
-    command.callback([options] { Export(*options); });
+    command.AddFooter(kFooter);
+    command.Run([options] { Export(*options); });
 }
 
 } // namespace tympan::tool

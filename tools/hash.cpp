@@ -134,14 +134,14 @@ void Hash(const HashOptions& options)
 
 } // namespace
 
-void DeclareHash(CLI::App& command)
+void DeclareHash(const Options& command)
 {
     const auto options = std::make_shared<HashOptions>();
-    command.add_option("FILE", options->files, "The pictures")->required();
-    command.add_flag("--json", options->json, "Write a JSON array with an object for each file");
+    command.Add("FILE", options->files, "The pictures").Required();
+    command.AddFlag("--json", options->json, "Write a JSON array with an object for each file");
     AddAsOption(command, options->asFormat);
-    command.footer(kFooter);
-    command.callback([options] { Hash(*options); });
+    command.AddFooter(kFooter);
+    command.Run([options] { Hash(*options); });
 }
 
 } // namespace tympan::tool

@@ -166,28 +166,25 @@ void ImportPicture(const ImportOptions& options)
     });
 }
 
-void DeclareImport(CLI::App& command)
+void DeclareImport(const Options& command)
 {
     const auto options = std::make_shared<ImportOptions>();
-    command.add_option("PICTURE", options->picture, "A JPEG, PNG or TIFF file")->required();
+    command.Add("PICTURE", options->picture, "A JPEG, PNG or TIFF file").Required();
+    command.Add("-o,--output", options->output, "The file to write, OUT.ct, OUT.lw or OUT.jpg")
+        .Required()
+        .Called("FILE");
     command
-        .add_option("-o,--output", options->output, "The file to write, OUT.ct, OUT.lw or OUT.jpg")
-        ->required()
-        ->type_name("FILE");
+        .Add("--profile", options->profile,
+             "ICC profile of the CMYK output, for RGB and grey pictures")
+        .Called("FILE");
     command
-        .add_option("--profile", options->profile,
-                    "ICC profile of the CMYK output, for RGB and grey pictures")
-        ->type_name("FILE");
-    command
-        .add_option("--resolution", options->resolution,
-                    "Pixels per inch, in place of the picture's own (else 300)")
-        ->check(CLI::Range(0.001, 1e6));
-    command
-        .add_option("--quality", options->quality,
-                    "Of a JPEG file that is encoded anew, 1 to 100 (92)")
-        ->check(CLI::Range(1, 100));
-    command.footer(kFooter);
-    command.callback([options] { ImportPicture(*options); });
+        .Add("--resolution", options->resolution,
+             "Pixels per inch, in place of the picture's own (else 300)")
+        .Between(0.001, 1e6);
+    command.Add("--quality", options->quality, "Of a JPEG file that is encoded anew, 1 to 100 (92)")
+        .Between(1, 100);
+    command.AddFooter(kFooter);
+    command.Run([options] { ImportPicture(*options); });
 }
 
 } // namespace tympan::tool

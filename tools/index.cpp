@@ -7,8 +7,6 @@
 #include "picture.h"
 #include "picture_source.h"
 
-#include <CLI/CLI.hpp>
-
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -110,13 +108,13 @@ void Index(const IndexOptions& options)
 
 } // namespace
 
-void DeclareIndex(CLI::App& command)
+void DeclareIndex(const Options& command)
 {
     const auto options = std::make_shared<IndexOptions>();
-    command.add_option("FILE", options->files, "The pictures")->required();
+    command.Add("FILE", options->files, "The pictures").Required();
     AddAsOption(command, options->asFormat);
-    command.footer(kFooter);
-    command.callback([options] { Index(*options); });
+    command.AddFooter(kFooter);
+    command.Run([options] { Index(*options); });
 }
 
 } // namespace tympan::tool

@@ -411,15 +411,15 @@ Json InfoOf(const std::string& file, const std::string& asFormat, const PathOpti
     return AsJson(Look(file, opening, options));
 }
 
-void DeclareInfo(CLI::App& command)
+void DeclareInfo(const Options& command)
 {
     const auto options = std::make_shared<InfoOptions>();
-    command.add_option("FILE", options->files, "The pictures")->required();
-    command.add_flag("--json", options->json, "Write a JSON array with an object for each file");
-    command.add_flag("--runs", options->runs, "Count the runs of line work, which reads it whole");
+    command.Add("FILE", options->files, "The pictures").Required();
+    command.AddFlag("--json", options->json, "Write a JSON array with an object for each file");
+    command.AddFlag("--runs", options->runs, "Count the runs of line work, which reads it whole");
     AddAsOption(command, options->asFormat);
     AddPathOptions(command, options->paths);
-    command.footer(R"(All files are looked at; the exit status is 1 if any failed.
+    command.AddFooter(R"(All files are looked at; the exit status is 1 if any failed.
 
 Of a page the entries are told too, offsets and sizes in inches, and the pictures that
 they place: a page whose pictures aren't all found has failed.
@@ -429,7 +429,7 @@ Example:
   tympan info --json *.ct
   tympan info --runs map.lw
   tympan info job.pg --map 'P:\JOBS=/srv/jobs')");
-    command.callback([options] { Info(*options); });
+    command.Run([options] { Info(*options); });
 }
 
 } // namespace tympan::tool

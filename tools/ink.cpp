@@ -162,31 +162,30 @@ void Ink(const InkOptions& options)
 
 } // namespace
 
-void DeclareInk(CLI::App& command)
+void DeclareInk(const Options& command)
 {
     const auto options = std::make_shared<InkOptions>();
-    command.add_option("FILE", options->files, "The pictures")->required();
-    command.add_flag("--json", options->json, "Write a JSON array with an object for each file");
+    command.Add("FILE", options->files, "The pictures").Required();
+    command.AddFlag("--json", options->json, "Write a JSON array with an object for each file");
     command
-        .add_option("--limit", options->limitPercent,
-                    "The total ink, in percent, above which the area is told")
-        ->check(CLI::Range(0U, kMostPercent))
-        ->capture_default_str();
-    CLI::Option* const heat =
-        command
-            .add_option("--heat", options->heat,
-                        "Write a map of the total ink here, a PNG file with a legend")
-            ->type_name("FILE")
-            ->check(RefuseEmpty);
+        .Add("--limit", options->limitPercent,
+             "The total ink, in percent, above which the area is told")
+        .Between(0U, kMostPercent)
+        .TellDefault();
+    const Option heat = command
+                            .Add("--heat", options->heat,
+                                 "Write a map of the total ink here, a PNG file with a legend")
+                            .Called("FILE")
+                            .NotEmpty();
     command
-        .add_option("--fit", options->fit,
-                    "Make the map's longer side at most N pixels, by averaging; never enlarges")
-        ->needs(heat)
-        ->check(CLI::Range(1U, kMostFit))
-        ->capture_default_str();
+        .Add("--fit", options->fit,
+             "Make the map's longer side at most N pixels, by averaging; never enlarges")
+        .Needs(heat)
+        .Between(1U, kMostFit)
+        .TellDefault();
     AddAsOption(command, options->asFormat);
-    command.footer(kFooter);
-    command.callback([options] { Ink(*options); });
+    command.AddFooter(kFooter);
+    command.Run([options] { Ink(*options); });
 }
 
 } // namespace tympan::tool

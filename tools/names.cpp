@@ -167,9 +167,4 @@ std::string RequireEnding(const std::string& path, std::span<const std::string_v
                        (allowed.size() > 1 ? "one of " : "") + names);
 }
 
-std::string RefuseEmpty(const std::string& value)
-{
-    return value.empty() ? "the value is empty" : "";
-}
-
 } // namespace tympan::tool

@@ -27,7 +27,4 @@ std::string EndingOf(std::string_view path);
 /// \throws UsageFailure, naming those allowed, when it is none of them.
 std::string RequireEnding(const std::string& path, std::span<const std::string_view> allowed);
 
-/// For options whose empty value is a script's mistake: the message, or nothing.
-std::string RefuseEmpty(const std::string& value);
-
 } // namespace tympan::tool

@@ -11,8 +11,6 @@
 #include <tympan/inspect.h>
 #include <tympan/tympan.h>
 
-#include <CLI/CLI.hpp>
-
 #include <algorithm>
 #include <cstddef>
 #include <filesystem>
@@ -73,15 +71,15 @@ void AddWindow(std::vector<Place>& places, const std::string& value)
 }
 
 // In the order in which they stand on the command line.
-std::vector<Place> PlacesOf(const CLI::App& command, const PageOptions& options)
+std::vector<Place> PlacesOf(const Options& command, const PageOptions& options)
 {
     std::vector<Place> places;
     auto place = options.places.begin();
     auto window = options.windows.begin();
-    for (const CLI::Option* const option : command.parse_order())
-        if (option == command.get_option("--place"))
+    for (const std::string& name : command.NamesGiven())
+        if (name == "--place")
             places.push_back({ ParsePlace(*place++), {}, {}, {} });
-        else if (option == command.get_option("--window"))
+        else if (name == "--window")
             AddWindow(places, *window++);
     if (places.size() > kMostPageEntries)
         throw UsageFailure("--place: a page has " + std::to_string(kMostPageEntries) +
@@ -215,30 +213,29 @@ void Write(const PageOptions& options, std::vector<Place> places)
 
 } // namespace
 
-void DeclarePage(CLI::App& command)
+void DeclarePage(const Options& command)
 {
     const auto options = std::make_shared<PageOptions>();
-    command.add_option("OUT", options->output, "The page file to write")->required();
-    command.add_option("--size", options->size, "Width and height of the page, in inches")
-        ->required()
-        ->type_name("WxH");
-    command.add_option("--resolution", options->resolution, "Pixels per inch of the page")
-        ->required()
-        ->check(CLI::Range(0.001, 1e6));
+    command.Add("OUT", options->output, "The page file to write").Required();
+    command.Add("--size", options->size, "Width and height of the page, in inches")
+        .Required()
+        .Called("WxH");
+    command.Add("--resolution", options->resolution, "Pixels per inch of the page")
+        .Required()
+        .Between(0.001, 1e6);
     command
-        .add_option("--place", options->places,
-                    "A picture, its place, size and turn; may be given again")
-        ->allow_extra_args(false)
-        ->type_name("FILE@X,Y[,W,H[,ROT]]");
+        .Add("--place", options->places, "A picture, its place, size and turn; may be given again")
+        .OneValueEach()
+        .Called("FILE@X,Y[,W,H[,ROT]]");
     command
-        .add_option("--window", options->windows,
-                    "Show the picture placed last through colours of the line "
-                    "work of entry N")
-        ->allow_extra_args(false)
-        ->type_name("N:C1,C2...");
+        .Add("--window", options->windows,
+             "Show the picture placed last through colours of the line "
+             "work of entry N")
+        .OneValueEach()
+        .Called("N:C1,C2...");
     AddPathOptions(command, options->paths);
-    command.footer(kFooter);
-    command.callback([options, &command] {
+    command.AddFooter(kFooter);
+    command.Run([options, command] {
         std::vector<Place> places = PlacesOf(command, *options);
         Guard(options->output, [&] { Write(*options, std::move(places)); });
     });

@@ -267,22 +267,22 @@ class PagePaths::Search {
     std::map<std::string, Found> sides_; // by a side file's name, the picture asked for last
 };
 
-void AddPathOptions(CLI::App& command, PathOptions& options)
+void AddPathOptions(const Options& command, PathOptions& options)
 {
     command
-        .add_option("--root", options.roots,
-                    "Look for a page's pictures under this folder; may be given again")
-        ->allow_extra_args(false)
-        ->type_name("DIR")
-        ->check(CLI::ExistingDirectory);
+        .Add("--root", options.roots,
+             "Look for a page's pictures under this folder; may be given again")
+        .OneValueEach()
+        .Called("DIR")
+        .ExistingFolder();
     command
-        .add_option("--map", options.maps,
-                    "Look for what a page names under PREFIX, as P:\\JOBS, under "
-                    "this folder; may "
-                    "be given again")
-        ->allow_extra_args(false)
-        ->type_name("PREFIX=DIR")
-        ->check(CLI::Validator(RefuseMap, ""));
+        .Add("--map", options.maps,
+             "Look for what a page names under PREFIX, as P:\\JOBS, under "
+             "this folder; may "
+             "be given again")
+        .OneValueEach()
+        .Called("PREFIX=DIR")
+        .Passing(RefuseMap);
 }
 
 PagePaths* PagePaths::innermost = nullptr;

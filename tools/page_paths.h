@@ -1,7 +1,7 @@
 // Where the files of a page's pictures are: a page file names them as another machine does.
 #pragma once
 
-#include <CLI/CLI.hpp>
+#include "options.h"
 
 #include <memory>
 #include <optional>
@@ -18,7 +18,7 @@ struct PathOptions {
 };
 
 /// Declares both, each of which may be given several times.
-void AddPathOptions(CLI::App& command, PathOptions& options);
+void AddPathOptions(const Options& command, PathOptions& options);
 
 /// The library's path resolver for one page file, in force while this lives. One may live inside
 /// another, whose resolver is in force again when the inner one ends.

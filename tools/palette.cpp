@@ -195,15 +195,15 @@ void PrintPalette(const PaletteOptions& options)
 
 } // namespace
 
-void DeclarePalette(CLI::App& command)
+void DeclarePalette(const Options& command)
 {
     const auto options = std::make_shared<PaletteOptions>();
-    command.add_option("FILE", options->file, "An LW file")->required();
-    CLI::Option* const json = command.add_flag("--json", options->json, "Write a JSON object");
-    command.add_flag("--csv", options->csv, "Write comma-separated values")->excludes(json);
+    command.Add("FILE", options->file, "An LW file").Required();
+    const Option json = command.AddFlag("--json", options->json, "Write a JSON object");
+    command.AddFlag("--csv", options->csv, "Write comma-separated values").NotWith(json);
     AddAsOption(command, options->asFormat);
-    command.footer(kFooter);
-    command.callback([options] { Guard(options->file, [&] { PrintPalette(*options); }); });
+    command.AddFooter(kFooter);
+    command.Run([options] { Guard(options->file, [&] { PrintPalette(*options); }); });
 }
 
 } // namespace tympan::tool

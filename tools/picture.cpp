@@ -421,13 +421,13 @@ bool IsTiffItInTiff(const std::string& path)
            tool::Guard(path, [&] { return TiffItKindOf(name).has_value(); });
 }
 
-void AddAsOption(CLI::App& command, std::string& asFormat)
+void AddAsOption(const Options& command, std::string& asFormat)
 {
     std::vector<std::string> values(kAsValues.size());
     std::transform(kAsValues.begin(), kAsValues.end(), values.begin(),
                    [](const AsValue& value) { return value.option; });
-    command.add_option("--as", asFormat, "Read the file as this format, whatever it looks like")
-        ->check(CLI::IsMember(values));
+    command.Add("--as", asFormat, "Read the file as this format, whatever it looks like")
+        .OneOf(values);
 }
 
 bool IsSameResolution(double read, double meant)

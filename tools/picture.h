@@ -2,12 +2,11 @@
 #pragma once
 
 #include "failure.h"
+#include "options.h"
 #include "page_paths.h"
 
 #include <tympan/inspect.h>
 #include <tympan/tympan.h>
-
-#include <CLI/CLI.hpp>
 
 #include <cstdint>
 #include <memory>
@@ -99,7 +98,7 @@ Picture OpenPicture(const std::string& path, const std::string& asFormat,
 bool IsTiffItInTiff(const std::string& path);
 
 /// Declares `--as`, which takes the same values in every build.
-void AddAsOption(CLI::App& command, std::string& asFormat);
+void AddAsOption(const Options& command, std::string& asFormat);
 
 /// Whether a resolution read from a header is the one that was meant. The header holds sizes of
 /// eight digits, and the library cuts what it works out of them to four decimals.

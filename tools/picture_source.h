@@ -9,7 +9,7 @@
 #include <optional>
 #include <span>
 #include <string>
-#include <utility>
+#include <string_view>
 #include <vector>
 
 namespace tympan::tool {
@@ -71,7 +71,7 @@ class PictureSource {
     virtual void ReadRow(std::span<std::uint8_t> row) = 0;
 
   protected:
-    void Remark(std::string text) { form_.remarks.push_back(std::move(text)); }
+    void Remark(std::string_view text) { form_.remarks.emplace_back(text); }
     /// Remarks on a picture that the file wants turned or mirrored: 1 is the right way up.
     void RemarkOnOrientation(unsigned int orientation);
 

@@ -200,40 +200,35 @@ void Preview(const PreviewOptions& options)
 
 } // namespace
 
-void DeclarePreview(CLI::App& command)
+void DeclarePreview(const Options& command)
 {
     const auto options = std::make_shared<PreviewOptions>();
-    command.add_option("FILE", options->file, "The picture")->required();
+    command.Add("FILE", options->file, "The picture").Required();
+    command.Add("-o,--output", options->output, "The PNG file to write; - is standard output")
+        .Required()
+        .Called("FILE");
     command
-        .add_option("-o,--output", options->output, "The PNG file to write; - is standard output")
-        ->required()
-        ->type_name("FILE");
+        .Add("--separation", options->separation,
+             "Only this separation, in its tint: cyan, magenta, yellow, black, 0 to 3, or a "
+             "TIFF's channel")
+        .Called(kSeparationType)
+        .NotEmpty();
+    command.AddFlag("--gray", options->gray, "Show the separation in grey");
+    command.Add("--rows", options->rows, kRowsHelp).Called(kRowsType).NotEmpty();
     command
-        .add_option("--separation", options->separation,
-                    "Only this separation, in its tint: cyan, magenta, yellow, black, 0 to 3, or a "
-                    "TIFF's channel")
-        ->type_name(kSeparationType)
-        ->check(RefuseEmpty);
-    command.add_flag("--gray", options->gray, "Show the separation in grey");
-    command.add_option("--rows", options->rows, kRowsHelp)
-        ->type_name(kRowsType)
-        ->check(RefuseEmpty);
+        .Add("--fit", options->fit,
+             "Make the longer side at most N pixels, by averaging; never enlarges. A page is "
+             "made 2000 without it")
+        .Between(std::uint32_t{ 1 }, kNoLimit);
     command
-        .add_option(
-            "--fit", options->fit,
-            "Make the longer side at most N pixels, by averaging; never enlarges. A page is "
-            "made 2000 without it")
-        ->check(CLI::Range(std::uint32_t{ 1 }, kNoLimit));
-    command
-        .add_option(
-            "--max-memory", options->maxMemory,
-            "The most that a page, or a TIFF/IT picture, which is drawn as a whole, may take "
-            "in memory, such as 512MiB")
-        ->transform(CLI::AsSizeValue(false))
-        ->default_str("4GiB");
+        .Add("--max-memory", options->maxMemory,
+             "The most that a page, or a TIFF/IT picture, which is drawn as a whole, may take "
+             "in memory, such as 512MiB")
+        .SizeInBytes()
+        .TellDefault("4GiB");
     AddPathOptions(command, options->paths);
     AddAsOption(command, options->asFormat);
-    command.footer(
+    command.AddFooter(
         R"(Transparent colours of line work are shown as paper.
 Rows that a cut CT file doesn't hold are shown without ink, and the exit status is 1.
 Nothing is written when nearly all of a huge picture is missing, or when line work, a JPEG or
@@ -250,7 +245,7 @@ Example:
   tympan preview photo.ct -o cyan.png --separation cyan --gray --rows 0:500
   tympan preview photo.ct -o - --fit 800 > small.png
   tympan preview page.pg -o page.png --map 'P:\JOBS=/srv/jobs')");
-    command.callback([options] { Guard(options->file, [&] { Preview(*options); }); });
+    command.Run([options] { Guard(options->file, [&] { Preview(*options); }); });
 }
 
 } // namespace tympan::tool

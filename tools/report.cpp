@@ -165,27 +165,26 @@ void WriteReport(ReportOptions& options)
 
 } // namespace
 
-void DeclareReport(CLI::App& command)
+void DeclareReport(const Options& command)
 {
     const auto options = std::make_shared<ReportOptions>();
-    command.add_option("DIR", options->folders, "Folders of pictures; files may be named too")
-        ->required();
+    command.Add("DIR", options->folders, "Folders of pictures; files may be named too").Required();
     command
-        .add_option("-o,--output", options->output,
-                    "The folder to write: a new or an empty one, or an earlier report")
-        ->required()
-        ->type_name("DIR")
-        ->check(RefuseEmpty);
-    command.add_option("--title", options->title, "What the page is called; else as the folder is")
-        ->check(RefuseEmpty);
+        .Add("-o,--output", options->output,
+             "The folder to write: a new or an empty one, or an earlier report")
+        .Required()
+        .Called("DIR")
+        .NotEmpty();
+    command.Add("--title", options->title, "What the page is called; else as the folder is")
+        .NotEmpty();
     command
-        .add_option("--limit", options->wishes.limitPercent,
-                    "The total ink, in percent, above which the area is told")
-        ->check(CLI::Range(0U, kMostPercent))
-        ->capture_default_str();
+        .Add("--limit", options->wishes.limitPercent,
+             "The total ink, in percent, above which the area is told")
+        .Between(0U, kMostPercent)
+        .TellDefault();
     AddPathOptions(command, options->wishes.paths);
-    command.footer(kFooter);
-    command.callback([options] { WriteReport(*options); });
+    command.AddFooter(kFooter);
+    command.Run([options] { WriteReport(*options); });
 }
 
 } // namespace tympan::tool

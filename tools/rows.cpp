@@ -253,36 +253,33 @@ void Rows(const RowsOptions& options)
 
 } // namespace
 
-void DeclareRows(CLI::App& command)
+void DeclareRows(const Options& command)
 {
     const auto options = std::make_shared<RowsOptions>();
-    command.add_option("FILE", options->file, "The picture")->required();
+    command.Add("FILE", options->file, "The picture").Required();
     command
-        .add_option("--separation", options->separation,
-                    "The separation: cyan, magenta, yellow, black, 0 to 3, or a TIFF's channel")
-        ->required()
-        ->type_name(kSeparationType);
+        .Add("--separation", options->separation,
+             "The separation: cyan, magenta, yellow, black, 0 to 3, or a TIFF's channel")
+        .Required()
+        .Called(kSeparationType);
     command
-        .add_option(
-            "-o,--output", options->output,
-            "The file to write: .pgm, .png, .tif (255 is no ink), or .raw for the bytes alone; "
-            "- is standard output")
-        ->required()
-        ->type_name("FILE");
+        .Add("-o,--output", options->output,
+             "The file to write: .pgm, .png, .tif (255 is no ink), or .raw for the bytes alone; "
+             "- is standard output")
+        .Required()
+        .Called("FILE");
     command
-        .add_option("--format", options->format,
-                    "What to write, whatever the output's name ends in; -o - needs it")
-        ->check(CLI::IsMember(Formats()));
-    command.add_option("--rows", options->rows, kRowsHelp)
-        ->type_name(kRowsType)
-        ->check(RefuseEmpty);
+        .Add("--format", options->format,
+             "What to write, whatever the output's name ends in; -o - needs it")
+        .OneOf(Formats());
+    command.Add("--rows", options->rows, kRowsHelp).Called(kRowsType).NotEmpty();
     command
-        .add_option("--resolution", options->resolution,
-                    "Resample to R pixels per inch by repeating pixels, or but for a CT also by "
-                    "dropping them")
-        ->check(CLI::Range(0.001, 1e6));
+        .Add("--resolution", options->resolution,
+             "Resample to R pixels per inch by repeating pixels, or but for a CT also by "
+             "dropping them")
+        .Between(0.001, 1e6);
     AddAsOption(command, options->asFormat);
-    command.footer(R"(Nothing is written when the file doesn't hold all the rows.
+    command.AddFooter(R"(Nothing is written when the file doesn't hold all the rows.
 --rows counts the file's own rows, with --resolution too.
 An RGB JPEG has its red as cyan, its green as magenta and its blue as yellow, for a red of
 255 is no cyan; a grey one has black.
@@ -297,7 +294,7 @@ Example:
   tympan rows photo.jpg --separation cyan -o red.png
   tympan rows photo.ct --separation cyan -o - --format raw | sha256sum
   tympan rows label.tif --separation orange -o orange.tif)");
-    command.callback([options] { Guard(options->file, [&] { Rows(*options); }); });
+    command.Run([options] { Guard(options->file, [&] { Rows(*options); }); });
 }
 
 } // namespace tympan::tool

@@ -62,7 +62,7 @@ constexpr char kPage[] = "page.pg";
 constexpr std::array kFiles{ kPhotograph,   kPrint,     kPlates, kDrawing,
                              kPhotographIt, kDrawingIt, kPage };
 
-struct Options {
+struct SampleOptions {
     std::string folder;
     std::string photograph;
     std::string drawing;
@@ -80,7 +80,7 @@ void MakeFolder(const std::string& folder)
         throw FileFailure(folder, "can't be made: " + error.message());
 }
 
-void RequireOtherFiles(const Options& options)
+void RequireOtherFiles(const SampleOptions& options)
 {
     for (const char* const name : kFiles)
         for (const std::string& input : { options.photograph, options.drawing }) {
@@ -99,7 +99,7 @@ double ShapeOf(PixelSize size)
 
 /// The pictures that are given, and where they are to stand.
 struct Job {
-    explicit Job(const Options& asked)
+    explicit Job(const SampleOptions& asked)
         : options(asked), photograph(SizeOf(asked.photograph)), drawing(SizeOf(asked.drawing)),
           plates(SizeOfPlates(photograph)),
           layout(LayoutOf({ ShapeOf(photograph), ShapeOf(drawing), ShapeOf(plates) }))
@@ -111,7 +111,7 @@ struct Job {
         return { source->Form().width, source->Form().height };
     }
 
-    const Options& options;
+    const SampleOptions& options;
     PixelSize photograph, drawing, plates;
     SampleLayout layout;
 };
@@ -139,7 +139,7 @@ void MakeOf(const Picture& picture, const std::string& path, const Write& write)
 
 void MakePictures(const Job& job)
 {
-    const Options& options = job.options;
+    const SampleOptions& options = job.options;
     ImportPicture({ options.photograph,
                     options.In(kPhotograph),
                     {},
@@ -250,7 +250,7 @@ void MakePage(const Job& job)
 
 // ---- what to do next
 
-void Tell(const Options& options)
+void Tell(const SampleOptions& options)
 {
     if (IsQuiet())
         return;
@@ -262,7 +262,7 @@ void Tell(const Options& options)
               << "  tympan info " << page << "\n  tympan preview " << page << " -o page.png\n";
 }
 
-void MakeSample(const Options& options)
+void MakeSample(const SampleOptions& options)
 {
     RequireOtherFiles(options);
     const Job job(options);
@@ -276,23 +276,18 @@ void MakeSample(const Options& options)
 
 } // namespace
 
-void DeclareSample(CLI::App& command)
+void DeclareSample(const Options& command)
 {
-    const auto options = std::make_shared<Options>();
-    command.add_option("DIR", options->folder, "Where to make it")
-        ->required()
-        ->type_name("DIR")
-        ->check(RefuseEmpty);
-    command.add_option("--photo", options->photograph, "A JPEG, PNG or TIFF photograph")
-        ->required()
-        ->type_name("FILE");
-    command
-        .add_option("--line-work", options->drawing,
-                    "A JPEG, PNG or TIFF drawing of up to 255 colours")
-        ->required()
-        ->type_name("FILE");
-    command.footer(kFooter);
-    command.callback([options] { MakeSample(*options); });
+    const auto options = std::make_shared<SampleOptions>();
+    command.Add("DIR", options->folder, "Where to make it").Required().Called("DIR").NotEmpty();
+    command.Add("--photo", options->photograph, "A JPEG, PNG or TIFF photograph")
+        .Required()
+        .Called("FILE");
+    command.Add("--line-work", options->drawing, "A JPEG, PNG or TIFF drawing of up to 255 colours")
+        .Required()
+        .Called("FILE");
+    command.AddFooter(kFooter);
+    command.Run([options] { MakeSample(*options); });
 }
 
 } // namespace tympan::tool

@@ -212,62 +212,61 @@ void Stream(const StreamOptions& options)
 
 } // namespace
 
-void DeclareStream(CLI::App& command)
+void DeclareStream(const Options& command)
 {
     constexpr std::int32_t kMost = std::numeric_limits<std::int32_t>::max();
     const auto options = std::make_shared<StreamOptions>();
-    command.add_option("IN", options->file, "An LW file")->required();
+    command.Add("IN", options->file, "An LW file").Required();
     command
-        .add_option("-o,--output", options->output,
-                    "The file to write, of bytes alone; - is standard output")
-        ->required()
-        ->type_name("FILE");
-    auto* const separation =
+        .Add("-o,--output", options->output,
+             "The file to write, of bytes alone; - is standard output")
+        .Required()
+        .Called("FILE");
+    const Option separation = command
+                                  .Add("--separation", options->separation,
+                                       "The separation: cyan, magenta, yellow, black or 0 to 3")
+                                  .Called(kSeparationType)
+                                  .NotEmpty();
+    const Option indexes =
         command
-            .add_option("--separation", options->separation,
-                        "The separation: cyan, magenta, yellow, black or 0 to 3")
-            ->type_name(kSeparationType)
-            ->check(RefuseEmpty);
-    auto* const indexes =
-        command
-            .add_flag("--indexes", options->indexes,
-                      "Give colour indexes, for all separations, in place of one's ink values")
-            ->excludes(separation);
-    command.add_option("--copies", options->copies, "Copies of the picture side by side")
-        ->check(CLI::Range(std::int32_t{ 1 }, kMost))
-        ->default_str("1");
-    command.add_option("--gap", options->gap, "White pixels between each two copies")
-        ->check(CLI::Range(std::int32_t{ 0 }, kMost))
-        ->default_str("0");
+            .AddFlag("--indexes", options->indexes,
+                     "Give colour indexes, for all separations, in place of one's ink values")
+            .NotWith(separation);
+    command.Add("--copies", options->copies, "Copies of the picture side by side")
+        .Between(std::int32_t{ 1 }, kMost)
+        .TellDefault("1");
+    command.Add("--gap", options->gap, "White pixels between each two copies")
+        .Between(std::int32_t{ 0 }, kMost)
+        .TellDefault("0");
     command
-        .add_option("--white", options->white,
-                    "The ink value of white (255); with --indexes its index (that of the first "
-                    "colour without ink)")
-        ->check(CLI::Range(0, 255));
-    command.add_flag("--length-first", options->lengthFirst,
-                     "Give each run as length, value in place of value, length");
+        .Add("--white", options->white,
+             "The ink value of white (255); with --indexes its index (that of the first "
+             "colour without ink)")
+        .Between(0, 255);
+    command.AddFlag("--length-first", options->lengthFirst,
+                    "Give each run as length, value in place of value, length");
     command
-        .add_option("--offsets", options->offsets,
-                    "Write the place of each row in the output here, a decimal number a line")
-        ->type_name("FILE")
-        ->check(RefuseEmpty);
-    command.add_option("--lut", options->lut, "Write the tables of ink values here")
-        ->type_name("FILE")
-        ->needs(indexes)
-        ->check(RefuseEmpty);
+        .Add("--offsets", options->offsets,
+             "Write the place of each row in the output here, a decimal number a line")
+        .Called("FILE")
+        .NotEmpty();
+    command.Add("--lut", options->lut, "Write the tables of ink values here")
+        .Called("FILE")
+        .Needs(indexes)
+        .NotEmpty();
     command
-        .add_flag("--transparent-as-paper", options->transparentAsPaper,
-                  "In the tables, let transparent colours have no ink")
-        ->needs(indexes);
+        .AddFlag("--transparent-as-paper", options->transparentAsPaper,
+                 "In the tables, let transparent colours have no ink")
+        .Needs(indexes);
     command
-        .add_option("--max-memory", options->maxMemory,
-                    "The most that --indexes may hold in memory, such as 512MiB")
-        ->needs(indexes)
-        ->transform(CLI::AsSizeValue(false))
-        ->default_str("4GiB");
+        .Add("--max-memory", options->maxMemory,
+             "The most that --indexes may hold in memory, such as 512MiB")
+        .Needs(indexes)
+        .SizeInBytes()
+        .TellDefault("4GiB");
     AddAsOption(command, options->asFormat);
-    command.footer(kFooter);
-    command.callback([options] { Guard(options->file, [&] { Stream(*options); }); });
+    command.AddFooter(kFooter);
+    command.Run([options] { Guard(options->file, [&] { Stream(*options); }); });
 }
 
 } // namespace tympan::tool

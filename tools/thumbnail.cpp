@@ -143,20 +143,17 @@ void Thumbnail(const ThumbnailOptions& options)
 
 } // namespace
 
-void DeclareThumbnail(CLI::App& command)
+void DeclareThumbnail(const Options& command)
 {
     const auto options = std::make_shared<ThumbnailOptions>();
-    command.add_option("FILE", options->file, "The picture or page")->required();
+    command.Add("FILE", options->file, "The picture or page").Required();
     // Its name needn't end in .png: file managers make names of their own.
-    command.add_option("OUT", options->output, "The PNG file to write; - is standard output")
-        ->required();
-    command
-        .add_option("-s,--size", options->size,
-                    "Make the longer side at most N pixels; never enlarges")
-        ->check(CLI::Range(std::uint32_t{ 1 }, kMostSize))
-        ->capture_default_str();
-    command.footer(kFooter);
-    command.callback([options] { Guard(options->file, [&] { Thumbnail(*options); }); });
+    command.Add("OUT", options->output, "The PNG file to write; - is standard output").Required();
+    command.Add("-s,--size", options->size, "Make the longer side at most N pixels; never enlarges")
+        .Between(std::uint32_t{ 1 }, kMostSize)
+        .TellDefault();
+    command.AddFooter(kFooter);
+    command.Run([options] { Guard(options->file, [&] { Thumbnail(*options); }); });
 }
 
 } // namespace tympan::tool
