@@ -124,12 +124,12 @@ JobRequest JobRequest::Decoded(const std::string& text)
 
 std::string JobResult::Encoded() const
 {
-    return Json::array({ told, text, sha256 }).dump();
+    return OnOneLine(Json::array({ told, text, sha256 }));
 }
 
 JobResult JobResult::Decoded(const std::string& text)
 {
-    Json parts = Json::parse(text);
+    Json parts = ParsedJson(text);
     return { std::move(parts[0]), parts[1].get<std::string>(), parts[2].get<std::string>() };
 }
 

@@ -82,7 +82,7 @@ std::string PathIn(const Json& object)
 // Nothing when it isn't one: a run that was killed may have torn its last line.
 std::optional<ManifestLine> LineOf(const std::string& text)
 try {
-    const Json object = Json::parse(text);
+    const Json object = ParsedJson(text);
     if (!object.at("verdict").is_string() || !object.at("counts").is_object())
         return std::nullopt;
     const Json& side = object.at("side_file");
@@ -93,6 +93,14 @@ try {
                          OutcomeOf(object) };
 } catch (const Json::exception&) {
     return std::nullopt;
+}
+
+// Null when it isn't JSON.
+Json HeadOf(const std::string& text)
+try {
+    return ParsedJson(text);
+} catch (const Json::parse_error&) {
+    return nullptr;
 }
 
 void RequirePlainFile(const std::string& path)
@@ -151,7 +159,7 @@ void ManifestWriter::Write(const ManifestLine& line)
 
 void ManifestWriter::Put(const Json& line)
 {
-    const std::string text = line.dump(-1, ' ', true) + '\n';
+    const std::string text = OnOneLine(line) + '\n';
     for (std::size_t written = 0; written < text.size();) {
         const ssize_t count = write(file_, text.data() + written, text.size() - written);
         if (count < 0 && errno != EINTR)
@@ -181,7 +189,7 @@ ManifestReader::ManifestReader(const std::string& path) : path_(path), file_(pat
     if (!file_)
         throw SystemFailure(path, errno);
     std::getline(file_, first);
-    head_ = Json::parse(first, nullptr, false);
+    head_ = HeadOf(first);
     if (!head_.is_object() || head_.value(kVersionKey, Json()) != kVersion)
         throw UsageFailure(path + ": isn't a manifest that this version reads");
     Advance();

@@ -38,7 +38,7 @@ std::string ReadWhole(const std::string& path)
 Json Parse(const std::string& path, const std::string& text)
 {
     try {
-        return Json::parse(text);
+        return ParsedJson(text);
     } catch (const Json::parse_error& failure) {
         const auto end =
             text.begin() + static_cast<std::ptrdiff_t>(std::min(failure.byte, text.size()));

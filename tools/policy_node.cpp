@@ -13,7 +13,7 @@ constexpr std::size_t kMostShown = 60;
 
 std::string Excerpt(const Json& value)
 {
-    const std::string text = value.dump(-1, ' ', true);
+    const std::string text = OnOneLine(value);
     return text.size() <= kMostShown ? text : text.substr(0, kMostShown) + "...";
 }
 

@@ -22,8 +22,7 @@ constexpr std::size_t kMostToMatch = 1000;
 
 std::string Shorter(const Json& value)
 {
-    const std::string text = value.dump(-1, ' ', true);
-    return text.substr(0, kMostToMatch);
+    return OnOneLine(value).substr(0, kMostToMatch);
 }
 
 std::string Text(double number)
@@ -80,7 +79,7 @@ PolicyTest ReadAllowedSeparations(const PolicyNode& node)
     std::transform(allowed.begin(), allowed.end(), allowed.begin(), InLowerCase);
     return [allowed = std::move(allowed)](const PolicySubject& subject) -> Breach {
         for (const Json& one : subject.info.value("separations", Json::array())) {
-            const std::string name = one.is_string() ? one.get<std::string>() : one.dump();
+            const std::string name = one.is_string() ? one.get<std::string>() : OnOneLine(one);
             if (std::find(allowed.begin(), allowed.end(), InLowerCase(name)) == allowed.end())
                 return "it has the separation " + name + ", which isn't allowed";
         }

@@ -74,7 +74,7 @@ class ReportData {
         const Json head{ { "title", WithReplacements(title) },
                          { "version", tympan::Version() },
                          { "made", Today() } };
-        std::string text = Ascii(head);
+        std::string text = OnOneLine(head);
         text.pop_back(); // more is in the object
         file_ << "const reportData = " << text << ",\"pictures\":[";
         RequireWritten();
@@ -82,7 +82,7 @@ class ReportData {
 
     void Add(const Json& entry)
     {
-        file_ << (count_++ == 0 ? "\n" : ",\n") << Ascii(entry);
+        file_ << (count_++ == 0 ? "\n" : ",\n") << OnOneLine(entry);
         RequireWritten();
     }
 
@@ -96,8 +96,6 @@ class ReportData {
     std::size_t Count() const { return count_; }
 
   private:
-    static std::string Ascii(const Json& value) { return value.dump(-1, ' ', true); }
-
     void RequireWritten() const
     {
         if (!file_)

@@ -24,12 +24,12 @@ void AddPath(Json& object, const std::string& key, const std::string& path)
 
 void PrintIndented(const Json& value)
 {
-    std::cout << value.dump(2, ' ', true) << '\n';
+    std::cout << Indented(value) << '\n';
 }
 
 void PrintOnOneLine(const Json& value)
 {
-    std::cout << value.dump(-1, ' ', true) << '\n';
+    std::cout << OnOneLine(value) << '\n';
 }
 
 void FinishStandardOutput()

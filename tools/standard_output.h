@@ -2,16 +2,13 @@
 // told there.
 #pragma once
 
-#include <nlohmann/json.hpp>
+#include "json_text.h"
 
 #include <cmath>
 #include <optional>
 #include <string>
 
 namespace tympan::tool {
-
-/// Keeps its keys in the order in which they were added.
-using Json = nlohmann::ordered_json;
 
 /// An object that begins with the file's name, as `file`; and, when that isn't UTF-8, as `file_raw`,
 /// percent-encoded.

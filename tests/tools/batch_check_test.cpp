@@ -2,10 +2,10 @@
 // and what a manifest spares the next run.
 #include "tools/command_runner.h"
 #include "tools/lw_pictures.h"
+#include "tools/parsed_json.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -25,7 +25,6 @@ namespace {
 
 using namespace tympan::test;
 using namespace std::chrono_literals;
-using nlohmann::ordered_json;
 using testing::ElementsAre;
 using testing::HasSubstr;
 namespace fs = std::filesystem;
@@ -77,7 +76,7 @@ std::vector<ordered_json> LinesOf(const std::string& text)
     std::vector<ordered_json> lines;
     std::istringstream in(text);
     for (std::string line; std::getline(in, line);)
-        lines.push_back(ordered_json::parse(line));
+        lines.push_back(ParsedJson(line));
     return lines;
 }
 

@@ -2,10 +2,10 @@
 #include "tools/command_runner.h"
 #include "tools/ct_pictures.h"
 #include "tools/lw_pictures.h"
+#include "tools/parsed_json.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <string>
@@ -14,7 +14,6 @@
 namespace {
 
 using namespace tympan::test;
-using nlohmann::ordered_json;
 using testing::HasSubstr;
 
 // A valid file, one with a remark, one with two bad rows, one that is no picture, and none.
@@ -77,7 +76,7 @@ TEST(Check, WrongUsageEndsInTwo)
 TEST(Check, JsonTellsVerdictFormatAndFindings)
 {
     const FilesOfEachKind files;
-    const auto array = ordered_json::parse(Check({ "--json" }, files.All()).out);
+    const auto array = ParsedJson(Check({ "--json" }, files.All()).out);
     ASSERT_EQ(array.size(), 5U);
     const char* const verdicts[] = { "valid", "valid with remarks", "invalid", "undetermined",
                                      "undetermined" };
@@ -106,7 +105,7 @@ TEST(Check, JsonLinesHoldTheSameObjects)
 {
     const FilesOfEachKind files;
     std::string lines;
-    for (const auto& one : ordered_json::parse(Check({ "--json" }, files.All()).out))
+    for (const auto& one : ParsedJson(Check({ "--json" }, files.All()).out))
         lines += one.dump(-1, ' ', true) + '\n';
     EXPECT_EQ(Check({ "--json-lines" }, files.All()).out, lines);
 }
@@ -116,7 +115,7 @@ TEST(Check, NamesOfOtherCharactersAreTold)
     const TemporaryFolder folder;
     const std::string name = folder / "a\xFF\n.ct";
     WriteFile(name, RandomCt(10, 10).File());
-    const auto object = ordered_json::parse(Check({ "--json-lines" }, { name }).out);
+    const auto object = ParsedJson(Check({ "--json-lines" }, { name }).out);
     EXPECT_THAT(object.at("file_raw"), HasSubstr("/a%FF%0A.ct"));
     EXPECT_THAT(Check({}, { name }).out, HasSubstr("a%FF%0A.ct: CT, valid\n"));
 }
@@ -149,7 +148,7 @@ TEST(Check, ABadFileOfManyFaultsIsToldInBrief)
     EXPECT_THAT(outcome.out, HasSubstr("\n  and 4900 more of TYM-LW-0007\n"));
     const auto lines = std::count(outcome.out.begin(), outcome.out.end(), '\n');
     EXPECT_LT(lines, 110);
-    const auto object = ordered_json::parse(Check({ "--json-lines" }, { folder / "a.lw" }).out);
+    const auto object = ParsedJson(Check({ "--json-lines" }, { folder / "a.lw" }).out);
     EXPECT_EQ(object.at("counts").at("TYM-LW-0007"), 5000);
 }
 
@@ -157,7 +156,7 @@ TEST(Check, ABadFileOfManyFaultsIsToldInBrief)
 TEST(Check, ThePageOfIdentifiersIsTheList)
 {
     EXPECT_EQ(RunCommand({ "check", "--list" }).out, ReadFile(TYMPAN_DOCS "/checks.md"));
-    const auto list = ordered_json::parse(RunCommand({ "check", "--list", "--json" }).out);
+    const auto list = ParsedJson(RunCommand({ "check", "--list", "--json" }).out);
     EXPECT_EQ(list.at(0).at("id"), "TYM-FILE-0001");
     EXPECT_FALSE(list.at(0).at("retired"));
 }

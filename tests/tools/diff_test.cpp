@@ -1,13 +1,13 @@
 // `tympan diff`: what it counts is held against samples that are compared one by one.
 #include "support/temporary_folder.h"
 #include "tools/lw_pictures.h"
+#include "tools/parsed_json.h"
 #include "tools/png_pictures.h"
 #include "tools/refusals.h"
 #include "tools/source_pictures.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <array>
@@ -20,7 +20,6 @@
 namespace tympan::test {
 namespace {
 
-using nlohmann::ordered_json;
 using testing::HasSubstr;
 
 constexpr std::array kNames{ "black", "cyan", "magenta", "yellow" }; // in canonical order
@@ -39,7 +38,7 @@ struct PairFolder : TemporaryFolder {
 ordered_json Told(const std::string& words, const TemporaryFolder& folder)
 {
     const Outcome outcome = RunWords("diff --json " + words, folder);
-    ordered_json told = ordered_json::parse(outcome.out);
+    ordered_json told = ParsedJson(outcome.out);
     EXPECT_EQ(outcome.status, told.at("verdict") == "same"        ? 0
                               : told.at("verdict") == "different" ? 1
                                                                   : 2);

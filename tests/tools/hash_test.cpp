@@ -3,12 +3,12 @@
 #include "support/temporary_folder.h"
 #include "support/tiff_it_samples.h"
 #include "tools/lw_pictures.h"
+#include "tools/parsed_json.h"
 #include "tools/refusals.h"
 #include "tools/source_pictures.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 #include <openssl/evp.h>
 #include <tiffio.h>
 
@@ -24,7 +24,6 @@
 namespace tympan::test {
 namespace {
 
-using nlohmann::ordered_json;
 using testing::HasSubstr;
 
 constexpr std::uint32_t kWidth = 83;
@@ -68,7 +67,7 @@ ordered_json Hashed(const std::string& file, const TemporaryFolder& folder)
 {
     const Outcome outcome = RunWords("hash --json @" + file, folder);
     EXPECT_EQ(outcome.status, 0) << outcome.err;
-    ordered_json told = outcome.status == 0 ? ordered_json::parse(outcome.out).at(0) : "none";
+    ordered_json told = outcome.status == 0 ? ParsedJson(outcome.out).at(0) : "none";
     told.erase("file");
     return told;
 }
@@ -320,7 +319,7 @@ TEST(Hash, GoesOnBehindAFileThatFails)
     const CtFolder folder(RandomCt(4, 4));
     const Outcome outcome = RunWords("hash --json @none.ct @a.ct", folder);
     EXPECT_EQ(outcome.status, 1);
-    const ordered_json told = ordered_json::parse(outcome.out);
+    const ordered_json told = ParsedJson(outcome.out);
     ASSERT_EQ(told.size(), 2U);
     EXPECT_TRUE(told[0].contains("error"));
     EXPECT_TRUE(told[1].contains("sha256"));

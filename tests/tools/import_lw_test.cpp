@@ -1,10 +1,10 @@
 // `tympan import` to an LW file: the pixels of each kind of picture come back out of the file's bytes.
 #include "tools/command_runner.h"
+#include "tools/parsed_json.h"
 #include "tools/source_pictures.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 #include <png.h>
 
 #include <algorithm>
@@ -249,7 +249,7 @@ TEST_F(ImportLw, WritesAHeaderThatTellsThePicture)
     for (const HeaderCase& one : cases) {
         const Outcome outcome = Run(one.make, lw_, one.options);
         ASSERT_EQ(outcome.status, 0) << outcome.err;
-        const auto info = nlohmann::json::parse(RunCommand({ "info", "--json", lw_ }).out).at(0);
+        const auto info = ParsedJson(RunCommand({ "info", "--json", lw_ }).out).at(0);
         EXPECT_EQ(info.at("file_type"), "LW");
         EXPECT_EQ(info.at("width"), 99);
         EXPECT_EQ(info.at("height"), kHeight);

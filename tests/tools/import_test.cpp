@@ -1,12 +1,12 @@
 // `tympan import`: what each kind of picture becomes as plates, and what ends an import.
 #include "tools/command_runner.h"
 #include "tools/ct_pictures.h"
+#include "tools/parsed_json.h"
 #include "tools/source_pictures.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <jpeglib.h>
-#include <nlohmann/json.hpp>
 #include <png.h>
 #include <tiffio.h>
 #include <zlib.h>
@@ -436,7 +436,7 @@ TEST_F(Import, TakesTheResolutionOfThePicture)
     for (const ResolutionCase& one : cases) {
         const Outcome outcome = Run(one.make, one.options);
         ASSERT_EQ(outcome.status, 0) << one.name << ": " << outcome.err;
-        const auto info = nlohmann::json::parse(RunCommand({ "info", "--json", ct_ }).out).at(0);
+        const auto info = ParsedJson(RunCommand({ "info", "--json", ct_ }).out).at(0);
         EXPECT_NEAR(info.at("resolution_x"), one.x, 0.001) << one.name;
         EXPECT_NEAR(info.at("resolution_y"), one.y, 0.001) << one.name;
         EXPECT_EQ(info.at("width"), kWidth) << one.name;

@@ -2,11 +2,11 @@
 #include "tools/command_runner.h"
 #include "tools/ct_pictures.h"
 #include "tools/lw_pictures.h"
+#include "tools/parsed_json.h"
 #include "tools/refusals.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 
 #include <cstddef>
 #include <sstream>
@@ -98,7 +98,7 @@ TEST(IndexStream, TakesTheFirstColourWithoutInkForWhite)
 std::string IndexOf(const TemporaryFolder& folder)
 {
     const Outcome outcome = RunWords("info --json @a.lw", folder);
-    return nlohmann::json::parse(outcome.out).at(0).at("index").get<std::string>();
+    return ParsedJson(outcome.out).at(0).at("index").get<std::string>();
 }
 
 TEST(Index, KeepsTheSizeOfTheStreamInAHundredBytes)

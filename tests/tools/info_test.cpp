@@ -2,10 +2,10 @@
 #include "tools/command_runner.h"
 #include "tools/ct_pictures.h"
 #include "tools/lw_pictures.h"
+#include "tools/parsed_json.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 
 #include <string>
 #include <vector>
@@ -13,7 +13,6 @@
 namespace {
 
 using namespace tympan::test;
-using nlohmann::ordered_json;
 using testing::HasSubstr;
 
 std::vector<std::string> KeysOf(const ordered_json& object)
@@ -30,7 +29,7 @@ ordered_json InfoOf(const std::string& file, int status, std::vector<std::string
     options.insert(options.begin(), { "info", "--json", file });
     const Outcome outcome = RunCommand(options);
     EXPECT_EQ(outcome.status, status) << outcome.err;
-    const auto array = ordered_json::parse(outcome.out);
+    const auto array = ParsedJson(outcome.out);
     EXPECT_EQ(array.size(), 1U);
     return array.at(0);
 }
@@ -223,7 +222,7 @@ TEST(Info, AllFilesAreToldWhenOneFails)
     const Outcome outcome = RunCommand(
         { "info", "--json", folder / "none.ct", folder / "good.ct", folder.Path().string() });
     EXPECT_EQ(outcome.status, 1);
-    const auto array = ordered_json::parse(outcome.out);
+    const auto array = ParsedJson(outcome.out);
     ASSERT_EQ(array.size(), 3U);
     EXPECT_TRUE(array[0].at("code").is_null());
     EXPECT_EQ(array[1].at("width"), 10);
@@ -251,7 +250,7 @@ TEST(Info, FormatCanBeNamed)
     const TemporaryFolder folder;
     WriteFile(folder / "bad.ct", HeaderWith(1025, { 4, 0, 1 })); // which the formats' tests refuse
     const Outcome outcome = RunCommand({ "info", "--json", "--as", "ct", folder / "bad.ct" });
-    EXPECT_EQ(ordered_json::parse(outcome.out).at(0).at("format"), "CT");
+    EXPECT_EQ(ParsedJson(outcome.out).at(0).at("format"), "CT");
 }
 
 } // namespace

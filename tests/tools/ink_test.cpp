@@ -3,13 +3,13 @@
 #include "support/temporary_folder.h"
 #include "support/tiff_it_samples.h"
 #include "tools/lw_pictures.h"
+#include "tools/parsed_json.h"
 #include "tools/png_pictures.h"
 #include "tools/refusals.h"
 #include "tools/source_pictures.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 #include <tiffio.h>
 
 #include <algorithm>
@@ -23,8 +23,6 @@
 namespace tympan::test {
 namespace {
 
-using nlohmann::ordered_json;
-
 constexpr std::uint32_t kWidth = 83;
 constexpr std::uint32_t kHeight = 61;
 constexpr unsigned int kLimit = 210; // percent, which some of the pixels exceed
@@ -35,7 +33,7 @@ ordered_json Measured(const std::string& words, const TemporaryFolder& folder)
 {
     const Outcome outcome = RunWords("ink --json " + words, folder);
     EXPECT_EQ(outcome.status, 0) << outcome.err;
-    return outcome.status == 0 ? ordered_json::parse(outcome.out).at(0) : ordered_json();
+    return outcome.status == 0 ? ParsedJson(outcome.out).at(0) : ordered_json();
 }
 
 // ---- figures
@@ -233,7 +231,7 @@ TEST(Ink, GoesOnBehindAFileThatFails)
     const CtFolder folder(RandomCt(4, 4));
     const Outcome outcome = RunWords("ink --json @none.ct @a.ct", folder);
     EXPECT_EQ(outcome.status, 1);
-    const ordered_json told = ordered_json::parse(outcome.out);
+    const ordered_json told = ParsedJson(outcome.out);
     ASSERT_EQ(told.size(), 2U);
     EXPECT_TRUE(told[0].contains("error"));
     EXPECT_TRUE(told[1].contains("total_ink"));
@@ -371,7 +369,7 @@ struct SpotFolder : TemporaryFolder {
 TEST(SpotInks, KeepTheirNames)
 {
     const SpotFolder folder;
-    const ordered_json info = ordered_json::parse(RunWords("info --json @a.tif", folder).out)[0];
+    const ordered_json info = ParsedJson(RunWords("info --json @a.tif", folder).out)[0];
     EXPECT_EQ(info.at("separations").dump(),
               R"(["Cyan","Magenta","Yellow","Black","Orange","Warm Red"])");
     EXPECT_EQ(Measured("@a.tif", folder).at("separations")[5].at("name"), "Warm Red");

@@ -1,6 +1,7 @@
 // JPEG pictures in `info`, `check`, `preview`, `rows` and `export`: what they decode of the bands is
 // held against the whole picture as libjpeg decodes it.
 #include "tools/command_runner.h"
+#include "tools/parsed_json.h"
 #include "tools/png_pictures.h"
 #include "tools/source_pictures.h"
 
@@ -8,7 +9,6 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <cmath>
@@ -23,7 +23,6 @@
 namespace tympan::test {
 namespace {
 
-using nlohmann::ordered_json;
 using testing::HasSubstr;
 
 struct Kind {
@@ -301,7 +300,7 @@ TEST(JpegPicture, ABadBandIsToldAndTheOthersAreGood)
         EXPECT_EQ(RowsOf(folder, "cyan", "16:24"), Plane(folder.whole, 0, 16, 24));
         const Outcome checked = RunCommand({ "check", "--json-lines", folder.jpeg });
         EXPECT_EQ(checked.status, 1);
-        const auto object = ordered_json::parse(checked.out);
+        const auto object = ParsedJson(checked.out);
         EXPECT_EQ(object.at("verdict"), "invalid");
         EXPECT_EQ(object.at("counts").at("TYM-BAND-0001"), 1) << checked.out;
         const auto& finding = object.at("findings").back();
@@ -346,7 +345,7 @@ TEST(JpegPicture, InfoTellsTheIndex)
     const auto info = [&] {
         const Outcome outcome = RunCommand({ "info", "--json", folder.jpeg });
         EXPECT_EQ(outcome.status, std::filesystem::exists(folder.side) ? 0 : 1);
-        return ordered_json::parse(outcome.out).at(0);
+        return ParsedJson(outcome.out).at(0);
     };
     const auto sound = info();
     EXPECT_EQ(sound.at("format"), "JPEG");

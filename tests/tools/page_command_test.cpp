@@ -2,12 +2,12 @@
 #include "support/page_samples.h"
 #include "tools/ct_pictures.h"
 #include "tools/lw_pictures.h"
+#include "tools/parsed_json.h"
 #include "tools/png_pictures.h"
 #include "tools/refusals.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 
 #include <filesystem>
 #include <string>
@@ -16,7 +16,6 @@ namespace tympan::test {
 namespace {
 
 namespace fs = std::filesystem;
-using nlohmann::ordered_json;
 using testing::HasSubstr;
 
 // A folder with the folder job, in which are a CT of 600 x 300 pixels at 300 to the inch and line
@@ -39,7 +38,7 @@ ordered_json InfoOf(const TemporaryFolder& folder, const std::string& words, int
 {
     const Outcome outcome = RunWords("info --json " + words, folder);
     EXPECT_EQ(outcome.status, status) << outcome.err;
-    return ordered_json::parse(outcome.out).at(0);
+    return ParsedJson(outcome.out).at(0);
 }
 
 const std::string kPage = "page @job/p.pg --size 8x5 --resolution 300 --place @job/";

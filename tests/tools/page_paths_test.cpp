@@ -2,10 +2,10 @@
 #include "support/page_samples.h"
 #include "tools/command_runner.h"
 #include "tools/ct_pictures.h"
+#include "tools/parsed_json.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 
 #include <filesystem>
 #include <string>
@@ -15,7 +15,6 @@ namespace tympan::test {
 namespace {
 
 namespace fs = std::filesystem;
-using nlohmann::ordered_json;
 
 // The page is job/p.pg, and the command runs in the folder here. @ stands for the case's folder.
 struct PathCase {
@@ -142,7 +141,7 @@ ordered_json EntryOf(const PathCase& one, const TemporaryFolder& folder)
     const Outcome outcome =
         RunWords("info --json @job/p.pg " + Filled(one.options, folder), folder);
     EXPECT_EQ(outcome.status, one.found.empty() ? 1 : 0) << outcome.err;
-    return ordered_json::parse(outcome.out).at(0).at("entries").at(0);
+    return ParsedJson(outcome.out).at(0).at("entries").at(0);
 }
 
 TEST(PagePaths, FindAPagesPictures)

@@ -1,17 +1,16 @@
 // `tympan palette`: the colours of line work made by hand.
 #include "tools/lw_pictures.h"
+#include "tools/parsed_json.h"
 #include "tools/refusals.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 
 #include <string>
 
 namespace tympan::test {
 namespace {
 
-using nlohmann::ordered_json;
 using testing::HasSubstr;
 
 // The third colour is never used, the fourth is the second again, and the fifth is it but for being
@@ -33,10 +32,10 @@ TEST(Palette, TellsInksUseAndColoursThatAreTheSame)
     const LwFolder folder(FiveColours());
     const Outcome outcome = RunWords("palette @a.lw --json", folder);
     ASSERT_EQ(outcome.status, 0) << outcome.err;
-    ordered_json told = ordered_json::parse(outcome.out);
+    ordered_json told = ParsedJson(outcome.out);
     EXPECT_EQ(told.at("file"), folder / "a.lw");
     told.erase("file");
-    EXPECT_EQ(told, ordered_json::parse(R"({
+    EXPECT_EQ(told, ParsedJson(R"({
       "separations": ["cyan", "magenta", "yellow", "black"],
       "pixels": 20,
       "colors": [

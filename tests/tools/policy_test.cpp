@@ -2,17 +2,16 @@
 // policy.
 #include "tools/command_runner.h"
 #include "tools/lw_pictures.h"
+#include "tools/parsed_json.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 
 #include <string>
 
 namespace {
 
 using namespace tympan::test;
-using nlohmann::ordered_json;
 using testing::HasSubstr;
 
 // Line work of 10 by 2 pixels at 10 pixels an inch, of all separations. The colour with the most
@@ -30,7 +29,7 @@ struct PolicyFolder : TemporaryFolder {
     ordered_json Judged(const std::string& rule) const
     {
         const Outcome outcome = Run(R"({ "name": "n", "rules": [ )" + rule + " ] }");
-        const auto object = ordered_json::parse(outcome.out.substr(0, outcome.out.find('\n')));
+        const auto object = ParsedJson(outcome.out.substr(0, outcome.out.find('\n')));
         return object.at("policy");
     }
     Outcome Run(const std::string& policy) const

@@ -2,12 +2,12 @@
 // scripts/report-test.
 #include "tools/ct_pictures.h"
 #include "tools/lw_pictures.h"
+#include "tools/parsed_json.h"
 #include "tools/refusals.h"
 #include "tools/source_pictures.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 #include <sys/stat.h>
 
 #include <chrono>
@@ -23,7 +23,6 @@ namespace tympan::test {
 namespace {
 
 namespace fs = std::filesystem;
-using nlohmann::json;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -55,26 +54,26 @@ struct JobsFolder : TemporaryFolder {
     CtPicture picture = SmoothCt(640, 480);
 };
 
-json DataOf(const std::string& report)
+ordered_json DataOf(const std::string& report)
 {
     const std::string text = ReadFile(report + "/assets/data.js");
     const std::string start = "const reportData = ";
     EXPECT_EQ(text.substr(0, start.size()), start);
     EXPECT_EQ(text.substr(text.size() - 2), ";\n");
-    return json::parse(text.substr(start.size(), text.size() - start.size() - 2));
+    return ParsedJson(text.substr(start.size(), text.size() - start.size() - 2));
 }
 
-json ReportOn(const TemporaryFolder& folder, const std::string& words)
+ordered_json ReportOn(const TemporaryFolder& folder, const std::string& words)
 {
     const Outcome outcome = RunWords("report " + words, folder);
     EXPECT_EQ(outcome.status, 0) << outcome.err;
     return DataOf(folder / "out");
 }
 
-std::vector<std::string> FilesOf(const json& data)
+std::vector<std::string> FilesOf(const ordered_json& data)
 {
     std::vector<std::string> files;
-    for (const json& entry : data.at("pictures"))
+    for (const ordered_json& entry : data.at("pictures"))
         files.push_back(entry.at("file"));
     return files;
 }
@@ -82,11 +81,12 @@ std::vector<std::string> FilesOf(const json& data)
 TEST(Report, TellsOfEachPictureAndLeavesOutWhatIsNone)
 {
     const JobsFolder folder;
-    const json data = ReportOn(folder, "@jobs -o @out --title Jobs");
+    const ordered_json data = ReportOn(folder, "@jobs -o @out --title Jobs");
     EXPECT_EQ(data.at("title"), "Jobs");
     EXPECT_THAT(FilesOf(data), ElementsAre("a.ct", "bad.tif", "cut.ct", "inner/b.lw"));
     EXPECT_EQ(data.at("left_out"), 2);
-    const json &whole = data["pictures"][0], &bad = data["pictures"][1], &cut = data["pictures"][2];
+    const ordered_json &whole = data["pictures"][0], &bad = data["pictures"][1],
+                       &cut = data["pictures"][2];
     EXPECT_EQ(whole.at("verdict"), "valid");
     EXPECT_EQ(whole.at("width"), 640);
     EXPECT_FALSE(whole.contains("problem"));
@@ -104,14 +104,14 @@ TEST(Report, TellsOfEachPictureAndLeavesOutWhatIsNone)
 TEST(Report, DrawsThePictureAndItsSeparations)
 {
     const JobsFolder folder;
-    const json entry = ReportOn(folder, "@jobs/a.ct -o @out").at("pictures").at(0);
+    const ordered_json entry = ReportOn(folder, "@jobs/a.ct -o @out").at("pictures").at(0);
     const Samples thumb =
         ReadJpeg(folder / "out/" + entry.at("thumb").at("file").get<std::string>());
     EXPECT_EQ(thumb.width, 320U);
     EXPECT_EQ(thumb.height, 240U);
     ASSERT_EQ(entry.at("plates").size(), 4U);
     for (std::uint32_t plate = 0; plate < 4; ++plate) {
-        const json& told = entry["plates"][plate];
+        const ordered_json& told = entry["plates"][plate];
         SCOPED_TRACE(told.dump());
         Samples drawn =
             ReadJpeg(folder / "out/" + told.at("picture").at("file").get<std::string>());
@@ -125,13 +125,13 @@ TEST(Report, DrawsThePictureAndItsSeparations)
 TEST(Report, MeasuresInk)
 {
     const JobsFolder folder;
-    const json ink =
+    const ordered_json ink =
         ReportOn(folder, "@jobs/a.ct -o @out --limit 200").at("pictures").at(0).at("ink");
     const auto& bytes = folder.picture.bytes;
     const double paper = std::accumulate(bytes.begin(), bytes.end(), 0.0) /
                          (255.0 * static_cast<double>(bytes.size()));
     double coverage = 0.0;
-    for (const json& separation : ink.at("separations"))
+    for (const ordered_json& separation : ink.at("separations"))
         coverage += separation.at("coverage").get<double>();
     EXPECT_NEAR(coverage / 4, 100.0 * (1.0 - paper), 1e-9);
     EXPECT_EQ(ink.at("total").at("limit"), 200);
@@ -148,11 +148,11 @@ TEST(Report, TellsWhereAPageHasItsPictures)
                        folder)
                   .status,
               0);
-    const json data = ReportOn(folder, "@jobs -o @out");
-    const json& page = data.at("pictures").back();
+    const ordered_json data = ReportOn(folder, "@jobs -o @out");
+    const ordered_json& page = data.at("pictures").back();
     ASSERT_EQ(page.at("file"), "p.pg");
     EXPECT_FALSE(page.at("shown").is_null());
-    const json& entries = page.at("entries");
+    const ordered_json& entries = page.at("entries");
     ASSERT_EQ(entries.size(), 2U);
     EXPECT_EQ(entries[0].at("entry"), data["pictures"][0].at("id"));
     // A quarter counterclockwise: the picture's upper left corner is the lower left one.
@@ -171,7 +171,7 @@ TEST(Report, TakesAnyNameAsText)
     const std::string picture = RandomCt(8, 8).File();
     for (const char* const name : { "<!--<b>.ct", "\"\\\n.ct", "\xC3\xA9.ct", "\xE9.ct" })
         WriteFile(folder / ("jobs/" + std::string(name)), picture);
-    const json data = ReportOn(folder, "@jobs -o @out");
+    const ordered_json data = ReportOn(folder, "@jobs -o @out");
     EXPECT_THAT(FilesOf(data), testing::UnorderedElementsAre("<!--<b>.ct", "\"\\\n.ct",
                                                              "\xC3\xA9.ct", "\xEF\xBF\xBD.ct"));
     EXPECT_EQ(data["pictures"].back().at("file_raw"), "%E9.ct");
@@ -202,7 +202,7 @@ TEST(Report, TakesThePlaceOfAnEarlierOneAndOfNothingElse)
     fs::create_directory(folder / "out");
     ReportOn(folder, "@jobs -o @out");
     fs::remove_all(folder / "jobs/inner");
-    const json again = ReportOn(folder, "@jobs @out -o @out/");
+    const ordered_json again = ReportOn(folder, "@jobs @out -o @out/");
     EXPECT_EQ(again.at("pictures").size(), 3U) << "a report is no part of another";
     WriteFile(folder / "out/mine.txt", "mine");
     const Outcome outcome = RunWords("report @jobs -o @out", folder);

@@ -1,12 +1,12 @@
 // `tympan sample`: the job that it makes is sound, and its files show what they were made of.
 #include "tools/command_runner.h"
+#include "tools/parsed_json.h"
 #include "tools/png_pictures.h"
 #include "tools/refusals.h"
 #include "tools/source_pictures.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 #include <png.h>
 
 #include <cstdint>
@@ -17,7 +17,6 @@
 namespace tympan::test {
 namespace {
 
-using nlohmann::ordered_json;
 using testing::HasSubstr;
 
 constexpr std::uint32_t kHeight = 40;
@@ -105,7 +104,7 @@ TEST(Sample, IsSoundWhereverItStands)
         const Outcome checked =
             RunCommand({ "check", "--json", job.In("photograph.ct"), job.In("print.jpg"),
                          job.In("plates.tif"), job.In("drawing.lw"), job.In("page.pg") });
-        for (const ordered_json& file : ordered_json::parse(checked.out))
+        for (const ordered_json& file : ParsedJson(checked.out))
             EXPECT_EQ(file.at("verdict"), file.at("format") == "Page" ? drawing.verdict : "valid")
                 << file;
         const Outcome it = RunCommand(
@@ -122,7 +121,7 @@ TEST(Sample, PagePlacesOnePictureTurnedAndOneInTheDrawing)
         const Job job(drawing);
         const Outcome outcome = RunCommand({ "info", "--json", job.In("page.pg") });
         ASSERT_EQ(outcome.status, 0) << outcome.err;
-        const ordered_json page = ordered_json::parse(outcome.out).at(0);
+        const ordered_json page = ParsedJson(outcome.out).at(0);
         const auto& entries = page.at("entries");
         ASSERT_EQ(entries.size(), 5U);
         const char* const paths[] = { "photograph.ct", "drawing.lw", "photograph.ct", "plates.tif",

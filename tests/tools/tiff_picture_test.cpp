@@ -2,6 +2,7 @@
 // give is held against the samples that libtiff was told to write, and against its own screen colours.
 #include "support/temporary_folder.h"
 #include "support/tiff_it_samples.h"
+#include "tools/parsed_json.h"
 #include "tools/png_pictures.h"
 #include "tools/refusals.h"
 #include "tools/source_pictures.h"
@@ -10,7 +11,6 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 #include <tiffio.h>
 
 #include <array>
@@ -22,8 +22,6 @@
 
 namespace tympan::test {
 namespace {
-
-using nlohmann::ordered_json;
 
 constexpr std::uint32_t kWidth = 37;
 constexpr std::uint32_t kHeight = 23;
@@ -155,7 +153,7 @@ ordered_json InfoOf(const std::string& path, int status = 0)
 {
     const Outcome outcome = RunCommand({ "info", "--json", path });
     EXPECT_EQ(outcome.status, status) << outcome.err;
-    return ordered_json::parse(outcome.out).at(0);
+    return ParsedJson(outcome.out).at(0);
 }
 
 TEST(TiffPicture, RowsAreThoseOfTheFileInEveryLayout)

@@ -1,8 +1,6 @@
 // One table tells the options of each subcommand, another what the value of each option is; the rest of
 // the script is the same whatever they hold.
-#include "command.h"
 #include "manual/completions.h"
-#include "manual/option_facts.h"
 
 #include <utility>
 
@@ -77,20 +75,20 @@ std::string Case(const std::string& pattern, const std::string& words)
     return "        '" + pattern + "') echo '" + words + "' ;;\n";
 }
 
-std::string OptionsCase(const std::string& subcommand, const CLI::App& app)
+std::string OptionsCase(const std::string& subcommand, const CommandFacts& command)
 {
     std::vector<std::string> names;
-    for (const OptionFacts& option : OptionsOf(app))
+    for (const OptionFacts& option : command.options)
         if (!option.isArgument)
             names.insert(names.end(), option.names.begin(), option.names.end());
     return Case(subcommand, Joined(names));
 }
 
-std::string ValueCases(const std::string& subcommand, const CLI::App& app)
+std::string ValueCases(const std::string& subcommand, const CommandFacts& command)
 {
     std::string cases;
     bool hasArgument = false;
-    for (const OptionFacts& option : OptionsOf(app))
+    for (const OptionFacts& option : command.options)
         if (option.isArgument && !std::exchange(hasArgument, true))
             cases += Case(subcommand, Value(option));
         else if (!option.isArgument && !option.value.empty())
@@ -106,16 +104,16 @@ std::string Table(const std::string& comment, const std::string& function, const
 
 } // namespace
 
-std::string BashCompletion(CLI::App& root)
+std::string BashCompletion(const CommandFacts& root)
 {
     std::string options = OptionsCase("", root);
     std::vector<std::string> names;
     std::string values;
-    for (const CLI::App* const subcommand : Subcommands(root)) {
-        const std::string& name = subcommand->get_name();
+    for (const CommandFacts& subcommand : root.subcommands) {
+        const std::string& name = subcommand.name;
         names.push_back(name);
-        options += OptionsCase(name, *subcommand);
-        values += ValueCases(name, *subcommand);
+        options += OptionsCase(name, subcommand);
+        values += ValueCases(name, subcommand);
     }
     values = Case("", "choice " + Joined(names)) + values;
     return kStart +

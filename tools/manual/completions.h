@@ -1,7 +1,7 @@
 // The completions of shells, as scripts for them.
 #pragma once
 
-#include <CLI/CLI.hpp>
+#include "manual/command_facts.h"
 
 #include <string>
 
@@ -9,7 +9,7 @@ namespace tympan::tool {
 
 /// Subcommands, options, and values of a fixed set; files or folders where an option or an argument
 /// takes one.
-std::string BashCompletion(CLI::App& root);
-std::string ZshCompletion(CLI::App& root);
+std::string BashCompletion(const CommandFacts& root);
+std::string ZshCompletion(const CommandFacts& root);
 
 } // namespace tympan::tool

@@ -1,13 +1,12 @@
 #include "manual/manual_page.h"
 
-#include "command.h"
 #include "manual/footer_sections.h"
-#include "manual/option_facts.h"
 
 #include <tympan/tympan.h>
 
 #include <algorithm>
 #include <cctype>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -97,13 +96,13 @@ std::string InSmallLetter(std::string text)
     return text;
 }
 
-void WriteName(Page& page, const CLI::App& app)
+void WriteName(Page& page, const CommandFacts& command)
 {
-    std::string purpose = InSmallLetter(app.get_description());
+    std::string purpose = InSmallLetter(command.description);
     if (purpose.back() == '.')
         purpose.pop_back();
     page.Section("NAME");
-    page.Line(Roff(PageName(app)) + " \\- " + Roff(purpose));
+    page.Line(Roff(command.page) + " \\- " + Roff(purpose));
 }
 
 std::string Usage(const OptionFacts& option)
@@ -116,10 +115,10 @@ std::string Usage(const OptionFacts& option)
 }
 
 // What must be given is told by name, and arguments.
-std::string UsageOf(const CLI::App& subcommand)
+std::string UsageOf(const CommandFacts& subcommand)
 {
-    std::string usage = Bold("tympan " + subcommand.get_name());
-    for (const OptionFacts& option : OptionsOf(subcommand))
+    std::string usage = Bold("tympan " + subcommand.name);
+    for (const OptionFacts& option : subcommand.options)
         if (option.isRequired || option.isArgument)
             usage += ' ' + Usage(option);
     return usage + " [" + Italic("OPTIONS") + ']';
@@ -139,91 +138,85 @@ void WriteOption(Page& page, const OptionFacts& option)
         page.Line(Roff(option.conditions));
 }
 
-void WriteOptions(Page& page, const CLI::App& app)
+void WriteOptions(Page& page, const CommandFacts& command)
 {
     page.Section("OPTIONS");
-    for (const OptionFacts& option : OptionsOf(app))
+    for (const OptionFacts& option : command.options)
         WriteOption(page, option);
 }
 
-void WriteSections(Page& page, const CLI::App& app)
+void WriteSections(Page& page, const CommandFacts& command)
 {
-    for (const FooterSection& section : SectionsOf(app.get_footer()))
+    for (const FooterSection& section : SectionsOf(command.footer))
         if (!section.title.empty()) {
             page.Section(section.title);
             page.Body(section.lines);
         }
 }
 
-void WriteDescription(Page& page, const CLI::App& app)
+void WriteDescription(Page& page, const CommandFacts& command)
 {
-    const std::vector<std::string> lines = SectionsOf(app.get_footer()).front().lines;
+    const std::vector<std::string> lines = SectionsOf(command.footer).front().lines;
     page.Section("DESCRIPTION");
-    page.Line(Roff(app.get_description()) + (app.get_description().back() == '.' ? "" : "."));
+    page.Line(Roff(command.description) + (command.description.back() == '.' ? "" : "."));
     if (lines.empty())
         return;
     page.Line(".PP");
     page.Body(lines);
 }
 
-bool TellsExitStatus(const CLI::App& app)
+bool TellsExitStatus(const CommandFacts& command)
 {
-    const std::vector<FooterSection> sections = SectionsOf(app.get_footer());
+    const std::vector<FooterSection> sections = SectionsOf(command.footer);
     return std::any_of(sections.begin(), sections.end(),
                        [](const FooterSection& section) { return section.title == kExitStatus; });
 }
 
-void WriteExitStatus(Page& page, const CLI::App& root)
+void WriteExitStatus(Page& page, const CommandFacts& root)
 {
-    for (const FooterSection& section : SectionsOf(root.get_footer()))
+    for (const FooterSection& section : SectionsOf(root.footer))
         if (section.title == kExitStatus) {
             page.Section(kExitStatus);
             page.Body(section.lines);
         }
 }
 
-void WriteSubcommands(Page& page, const std::vector<CLI::App*>& subcommands)
+void WriteSubcommands(Page& page, const CommandFacts& root)
 {
     page.Section("SUBCOMMANDS");
-    for (const CLI::App* const subcommand : subcommands) {
+    for (const CommandFacts& subcommand : root.subcommands) {
         page.Line(".TP");
-        page.Line(Bold(subcommand->get_name()));
-        page.Line(Roff(subcommand->get_description()) + '.');
+        page.Line(Bold(subcommand.name));
+        page.Line(Roff(subcommand.description) + '.');
     }
 }
 
-void WriteSeeAlso(Page& page, const std::vector<const CLI::App*>& others)
+void WriteSeeAlso(Page& page, std::span<const CommandFacts> others)
 {
     page.Section("SEE ALSO");
-    for (const CLI::App* const other : others)
-        page.Line(".BR " + Roff(PageName(*other)) + (other == others.back() ? " (1)" : " (1),"));
+    for (const CommandFacts& other : others)
+        page.Line(".BR " + Roff(other.page) + (&other == &others.back() ? " (1)" : " (1),"));
 }
 
 } // namespace
 
-std::string PageName(const CLI::App& app)
+std::string CommandPage(const CommandFacts& root)
 {
-    return (app.get_parent() == nullptr ? "" : "tympan-") + app.get_name();
-}
-
-std::string CommandPage(CLI::App& root)
-{
-    const std::vector<CLI::App*> subcommands = Subcommands(root);
-    Page page(PageName(root));
+    Page page(root.page);
     WriteName(page, root);
     page.Section("SYNOPSIS");
     page.Line(Bold("tympan") + ' ' + Italic("SUBCOMMAND") + " [" + Italic("OPTIONS") + ']');
     WriteDescription(page, root);
-    WriteSubcommands(page, subcommands);
+    WriteSubcommands(page, root);
     WriteOptions(page, root);
     WriteSections(page, root);
-    WriteSeeAlso(page, { subcommands.begin(), subcommands.end() });
+    WriteSeeAlso(page, root.subcommands);
     return page.Text();
 }
 
-std::string SubcommandPage(const CLI::App& root, const CLI::App& subcommand)
+std::string SubcommandPage(const CommandFacts& root, const CommandFacts& subcommand)
 {
-    Page page(PageName(subcommand));
+    Page page(subcommand.page);
     WriteName(page, subcommand);
     page.Section("SYNOPSIS");
     page.Line(UsageOf(subcommand));
@@ -232,7 +225,7 @@ std::string SubcommandPage(const CLI::App& root, const CLI::App& subcommand)
     WriteSections(page, subcommand);
     if (!TellsExitStatus(subcommand))
         WriteExitStatus(page, root);
-    WriteSeeAlso(page, { &root });
+    WriteSeeAlso(page, { &root, 1 });
     return page.Text();
 }
 

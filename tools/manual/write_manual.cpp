@@ -1,5 +1,4 @@
 // tympan_manual FOLDER: writes the manual pages and the completions of the command. The build runs it.
-#include "command.h"
 #include "manual/completions.h"
 #include "manual/manual_page.h"
 
@@ -25,11 +24,10 @@ void Write(const files::path& path, const std::string& text)
 void WriteAll(const files::path& folder)
 {
     using namespace tympan::tool;
-    CLI::App root;
-    DeclareCommand(root);
-    Write(folder / "man1" / (PageName(root) + ".1"), CommandPage(root));
-    for (const CLI::App* const subcommand : Subcommands(root))
-        Write(folder / "man1" / (PageName(*subcommand) + ".1"), SubcommandPage(root, *subcommand));
+    const CommandFacts root = FactsOfCommand();
+    Write(folder / "man1" / (root.page + ".1"), CommandPage(root));
+    for (const CommandFacts& subcommand : root.subcommands)
+        Write(folder / "man1" / (subcommand.page + ".1"), SubcommandPage(root, subcommand));
     Write(folder / "bash" / "tympan", BashCompletion(root));
     Write(folder / "zsh" / "_tympan", ZshCompletion(root));
 }

@@ -1,7 +1,7 @@
-// Each subcommand is a case of its own with the specifications that `_arguments` takes.
-#include "command.h"
+// Each subcommand is a case of its own with the descriptions that `_arguments` takes.
 #include "manual/completions.h"
-#include "manual/option_facts.h"
+
+#include <sstream>
 
 namespace tympan::tool {
 
@@ -31,11 +31,13 @@ std::string Escaped(const std::string& text, const std::string& signs)
 {
     std::string escaped;
     for (const char character : text)
-        if (character == '\'')
+        if (character == '\'') {
             escaped += "'\\''";
-        else
-            escaped += (signs.find(character) == std::string::npos ? "" : "\\") +
-                       std::string(1, character);
+        } else {
+            if (signs.find(character) != std::string::npos)
+                escaped += '\\';
+            escaped += character;
+        }
     return escaped;
 }
 
@@ -55,7 +57,10 @@ std::string Action(const OptionFacts& option)
 
 std::string ValuePart(const OptionFacts& option)
 {
-    return option.value.empty() ? "" : ":" + Escaped(option.value, ":\\") + ':' + Action(option);
+    std::ostringstream part;
+    if (!option.value.empty())
+        part << ':' << Escaped(option.value, ":\\") << ':' << Action(option);
+    return part.str();
 }
 
 // "-o+" and "--output=" take their value behind them or as the next word.
@@ -74,42 +79,44 @@ std::string Excluded(const OptionFacts& option)
     return option.repeats ? "*" : '(' + names + ')';
 }
 
-std::string Specifications(const OptionFacts& option)
+std::string Described(const OptionFacts& option)
 {
+    std::ostringstream lines;
     if (option.isArgument)
-        return kFurther + ("'" + std::string(option.repeats ? "*" : "")) + ValuePart(option) + '\'';
-    std::string lines;
-    for (const std::string& name : option.names)
-        lines += kFurther + ("'" + Excluded(option)) + NamePart(option, name) + '[' +
-                 Escaped(option.help, "[]:\\") + ']' + ValuePart(option) + '\'';
-    return lines;
+        lines << kFurther << '\'' << (option.repeats ? "*" : "") << ValuePart(option) << '\'';
+    else
+        for (const std::string& name : option.names)
+            lines << kFurther << '\'' << Excluded(option) << NamePart(option, name) << '['
+                  << Escaped(option.help, "[]:\\") << ']' << ValuePart(option) << '\'';
+    return lines.str();
 }
 
-std::string Arguments(const CLI::App& app)
+std::string Arguments(const CommandFacts& command)
 {
     std::string line = "_arguments -C -s";
-    for (const OptionFacts& option : OptionsOf(app))
-        line += Specifications(option);
+    for (const OptionFacts& option : command.options)
+        line += Described(option);
     return line;
 }
 
 } // namespace
 
-std::string ZshCompletion(CLI::App& root)
+std::string ZshCompletion(const CommandFacts& root)
 {
-    std::string described, cases;
-    for (const CLI::App* const subcommand : Subcommands(root)) {
-        const std::string& name = subcommand->get_name();
-        described +=
-            "        '" + name + ':' + Escaped(subcommand->get_description(), ":\\") + "'\n";
-        cases += "                " + name + ")\n                    " + Arguments(*subcommand) +
-                 " ;;\n";
+    std::ostringstream described, cases;
+    for (const CommandFacts& subcommand : root.subcommands) {
+        const std::string& name = subcommand.name;
+        described << "        '" << name << ':' << Escaped(subcommand.description, ":\\") << "'\n";
+        cases << "                " << name << ")\n                    " << Arguments(subcommand)
+              << " ;;\n";
     }
-    return kStart + described + "    )\n    " + Arguments(root) + kFurther +
-           "'1:subcommand:->subcommand'" + kFurther + "'*::argument:->argument'\n" +
-           "    case $state in\n        subcommand) _describe subcommand subcommands ;;\n"
-           "        argument)\n            case $line[1] in\n" +
-           cases + kEnd;
+    std::ostringstream script;
+    script << kStart << described.str() << "    )\n    " << Arguments(root) << kFurther
+           << "'1:subcommand:->subcommand'" << kFurther << "'*::argument:->argument'\n"
+           << "    case $state in\n        subcommand) _describe subcommand subcommands ;;\n"
+           << "        argument)\n            case $line[1] in\n"
+           << cases.str() << kEnd;
+    return script.str();
 }
 
 } // namespace tympan::tool

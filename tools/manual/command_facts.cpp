@@ -1,6 +1,9 @@
-#include "manual/option_facts.h"
+#include "manual/command_facts.h"
 
+#include "command.h"
 #include "separations.h"
+
+#include <CLI/CLI.hpp>
 
 #include <algorithm>
 #include <array>
@@ -122,8 +125,6 @@ OptionFacts FactsOf(const CLI::Option& option)
     return facts;
 }
 
-} // namespace
-
 std::vector<OptionFacts> OptionsOf(const CLI::App& app)
 {
     std::vector<OptionFacts> facts;
@@ -132,6 +133,25 @@ std::vector<OptionFacts> OptionsOf(const CLI::App& app)
         facts.push_back(FactsOf(*option));
     std::stable_partition(facts.begin(), facts.end(),
                           [](const OptionFacts& one) { return one.isArgument; });
+    return facts;
+}
+
+CommandFacts FactsOf(const CLI::App& app, const std::string& pagePrefix)
+{
+    return { app.get_name(),        pagePrefix + app.get_name(),
+             app.get_description(), app.get_footer(),
+             OptionsOf(app),        {} };
+}
+
+} // namespace
+
+CommandFacts FactsOfCommand()
+{
+    CLI::App root;
+    DeclareCommand(root);
+    CommandFacts facts = FactsOf(root, "");
+    for (const CLI::App* const subcommand : Subcommands(root))
+        facts.subcommands.push_back(FactsOf(*subcommand, facts.name + '-'));
     return facts;
 }
 

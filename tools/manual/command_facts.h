@@ -1,7 +1,5 @@
-// What the manual and the completions of shells need to know of an option or an argument.
+// What the manual and the completions of shells need to know of the command.
 #pragma once
-
-#include <CLI/CLI.hpp>
 
 #include <string>
 #include <vector>
@@ -16,6 +14,7 @@ enum class ValueKind {
     Choice,
 };
 
+/// Of an option or an argument.
 struct OptionFacts {
     std::vector<std::string> names; ///< as "-o" and "--output"; of an argument its name alone
     bool isArgument;                ///< stands without a name
@@ -28,7 +27,17 @@ struct OptionFacts {
     std::string conditions; ///< sentences on what it needs and what its default is; may be empty
 };
 
-/// Those that the help lists, in its order: arguments first.
-std::vector<OptionFacts> OptionsOf(const CLI::App& app);
+/// Of the whole command or of a subcommand.
+struct CommandFacts {
+    std::string name; ///< as "info"
+    std::string page; ///< its manual page without the section, as "tympan-info"
+    std::string description;
+    std::string footer;
+    std::vector<OptionFacts> options; ///< those that the help lists, in its order: arguments first
+    std::vector<CommandFacts> subcommands;
+};
+
+/// The command as it is declared.
+CommandFacts FactsOfCommand();
 
 } // namespace tympan::tool
