@@ -13,6 +13,7 @@
 #include <iterator>
 #include <regex>
 #include <set>
+#include <string_view>
 #include <utility>
 
 namespace tympan::tool {
@@ -56,11 +57,19 @@ PolicySeverity ReadSeverity(const PolicyNode& node)
     return text == "error" ? PolicySeverity::Error : PolicySeverity::Warning;
 }
 
+// Capital letters and digits, in parts with a hyphen between each two.
+bool IsId(std::string_view text)
+{
+    constexpr std::string_view kSigns = "ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-";
+    return !text.empty() && text.front() != '-' && text.back() != '-' &&
+           text.find("--") == std::string_view::npos &&
+           text.find_first_not_of(kSigns) == std::string_view::npos;
+}
+
 std::string ReadId(const PolicyNode& node)
 {
-    static const std::regex kForm("[A-Z0-9]+(-[A-Z0-9]+)*");
     const std::string text = node.Text();
-    if (text.size() > 100 || !std::regex_match(text, kForm))
+    if (text.size() > 100 || !IsId(text))
         node.Fail("capital letters and digits with hyphens between");
     return "POLICY-" + text;
 }
