@@ -1,4 +1,5 @@
 // Line work on a device context: a colour for each run, drawn in stretches of pixels.
+#include "core/colour_pattern.h"
 #include "core/pixel_colour.h"
 #include "core/whole_numbers.h"
 #include "lw/lw_failures.h"
@@ -9,29 +10,14 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
 #include <span>
 
 namespace {
 
+using tympan::ColourPattern;
+using tympan::kBytesOfPixel;
 using tympan::Run;
 using tympan::ScreenColour;
-
-// As many pixels of one colour, three bytes each, as vectors store evenly.
-constexpr std::size_t kBytesOfPixel = 3;
-constexpr std::size_t kPatternPixels = 16;
-using Pattern = std::array<std::uint8_t, kPatternPixels * kBytesOfPixel>;
-
-Pattern PatternOf(ScreenColour colour)
-{
-    Pattern pattern{};
-    for (std::size_t i = 0; i < pattern.size(); i += kBytesOfPixel) {
-        pattern[i] = colour.blue;
-        pattern[i + 1] = colour.green;
-        pattern[i + 2] = colour.red;
-    }
-    return pattern;
-}
 
 // What each colour of a table looks like with the separations that a picture has. Index 0, which has
 // no pixels, is white.
@@ -42,7 +28,7 @@ class ScreenColours {
         for (const ColorSeparationType separation : kSeparations)
             isLookedUp_ = isLookedUp_ || record.SeparationExists(separation);
         for (unsigned int index = 0; index < shown_.size(); ++index)
-            shown_[index] = PatternOf(ColourOf(record, index));
+            shown_[index] = ColourPattern(ColourOf(record, index));
     }
 
     // A picture without separations has no use for the table.
@@ -50,7 +36,7 @@ class ScreenColours {
     {
         return !isLookedUp_ || tympan::IsDelimiter(run) || run.index - 1U < colours_;
     }
-    const Pattern& Of(Run run) const { return shown_[run.index]; }
+    const ColourPattern& Of(Run run) const { return shown_[run.index]; }
 
   private:
     static constexpr ColorSeparationType kSeparations[] = { Cyan, Magenta, Yellow, Black };
@@ -68,7 +54,7 @@ class ScreenColours {
 
     unsigned int colours_;
     bool isLookedUp_ = false;
-    std::array<Pattern, 256> shown_{};
+    std::array<ColourPattern, 256> shown_{};
 };
 
 // Gathers the pixels of a row that a context can show, and draws many of them at a time.
@@ -83,7 +69,7 @@ class RowOnScreen {
         isShown_ = row_ >= area_.top && row_ < area_.bottom;
     }
 
-    void Add(std::uint8_t pixels, const Pattern& pattern)
+    void Add(std::uint8_t pixels, const ColourPattern& pattern)
     {
         const std::int64_t first = std::max(column_, area_.left);
         column_ += pixels;
@@ -94,10 +80,9 @@ class RowOnScreen {
             Draw();
         if (waiting_ == 0)
             waitingFrom_ = first;
-        const auto bytes = static_cast<std::size_t>(end - first) * kBytesOfPixel;
-        for (std::size_t stored = 0; stored < bytes; stored += pattern.size())
-            std::memcpy(bytes_.data() + waiting_ + stored, pattern.data(), pattern.size());
-        waiting_ += bytes;
+        const auto count = static_cast<std::size_t>(end - first);
+        pattern.Store(bytes_.data() + waiting_, count);
+        waiting_ += count * kBytesOfPixel;
     }
 
     void Draw()
@@ -107,9 +92,8 @@ class RowOnScreen {
     }
 
   private:
-    // The longest run is stored in whole patterns; what they hold too much, the next one stores over.
-    static constexpr std::size_t kMostStored = 256 * kBytesOfPixel;
-    static_assert(256 % kPatternPixels == 0);
+    static constexpr std::size_t kMostStored = 256 * kBytesOfPixel; // of the longest run
+    static_assert(256 % ColourPattern::kPixels == 0);
 
     HDC dc_;
     tympan::DrawableArea area_;

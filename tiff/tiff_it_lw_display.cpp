@@ -1,4 +1,5 @@
 // TIFF/IT line work on a device context.
+#include "core/colour_pattern.h"
 #include "core/pixel_colour.h"
 #include "core/whole_numbers.h"
 #include "platform/gdi_spans.h"
@@ -11,29 +12,16 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstring>
 
 namespace {
+
+using tympan::ColourPattern;
+using tympan::kBytesOfPixel;
 
 constexpr tympan::FailureRow kLwDisplayFailures[] = {
     { tympan::Caught::FileCorrupted, tympan::code::kTiffNotOpened, nullptr },
     { tympan::Caught::Anything, tympan::code::kTiffFailed, "TiffInterface: Error Extracting Tiff" },
 };
-
-// As many pixels of one colour, three bytes each, as vectors store evenly.
-constexpr std::size_t kPatternPixels = 16;
-using Pattern = std::array<std::uint8_t, kPatternPixels * 3>;
-
-Pattern PatternOf(tympan::ScreenColour colour)
-{
-    Pattern pattern{};
-    for (std::size_t i = 0; i < pattern.size(); i += 3) {
-        pattern[i] = colour.blue;
-        pattern[i + 1] = colour.green;
-        pattern[i + 2] = colour.red;
-    }
-    return pattern;
-}
 
 // Gathers pixels that lie side by side, as far as a context shows them, and draws many at a time.
 class PixelGatherer {
@@ -41,7 +29,8 @@ class PixelGatherer {
     explicit PixelGatherer(HDC dc) : dc_(dc), area_(tympan::DrawableAreaOf(dc)) {}
 
     /// Pixels of one colour from column `first` up to `end`.
-    void Add(std::uint64_t row, std::uint64_t first, std::uint64_t end, const Pattern& pattern)
+    void Add(std::uint64_t row, std::uint64_t first, std::uint64_t end,
+             const ColourPattern& pattern)
     {
         const auto y = static_cast<std::int64_t>(row);
         std::int64_t x = std::max(static_cast<std::int64_t>(first), area_.left);
@@ -67,18 +56,17 @@ class PixelGatherer {
     }
 
   private:
-    static constexpr std::int64_t kMostAtOnce = 1024; // pixels, a multiple of a pattern's
+    static constexpr std::int64_t kMostAtOnce = 1024; // pixels
+    static_assert(kMostAtOnce % ColourPattern::kPixels == 0);
 
-    // Stores whole patterns; what they hold too much, the next ones store over.
-    void Store(std::int64_t x, std::size_t count, const Pattern& pattern)
+    void Store(std::int64_t x, std::size_t count, const ColourPattern& pattern)
     {
-        if (waiting_ + kMostAtOnce * 3 > bytes_.size())
+        if (waiting_ + kMostAtOnce * kBytesOfPixel > bytes_.size())
             Draw();
         if (waiting_ == 0)
             waitingFrom_ = x;
-        for (std::size_t stored = 0; stored < count * 3; stored += pattern.size())
-            std::memcpy(bytes_.data() + waiting_ + stored, pattern.data(), pattern.size());
-        waiting_ += count * 3;
+        pattern.Store(bytes_.data() + waiting_, count);
+        waiting_ += count * kBytesOfPixel;
     }
 
     HDC dc_;
@@ -87,7 +75,7 @@ class PixelGatherer {
     std::int64_t column_ = 0; // behind what was added last
     std::int64_t waitingFrom_ = 0;
     std::size_t waiting_ = 0; // bytes
-    std::array<std::uint8_t, std::size_t{ 8 } * kMostAtOnce * 3> bytes_{};
+    std::array<std::uint8_t, 8 * kMostAtOnce * kBytesOfPixel> bytes_{};
 };
 
 } // namespace
@@ -106,16 +94,17 @@ void TiffItLwP1Interface::Display(unsigned long, unsigned long, CDC& dc)
         for (std::size_t s = 0; s < strips.size(); ++s) {
             if (strips[s].RowsPerStrip < heightAsTold)
                 continue;
-            std::array<Pattern, 256> patterns{};
+            std::array<ColourPattern, 256> patterns{};
             for (unsigned int colour = 0; colour < patterns.size(); ++colour) {
                 unsigned char inks[4];
-                patterns[colour] = PatternOf(tympan::ScreenColour::Of(CalculatePixelAsRGB3(GetColor(
-                    static_cast<unsigned char>(s), static_cast<unsigned char>(colour), inks))));
+                patterns[colour] =
+                    ColourPattern(tympan::ScreenColour::Of(CalculatePixelAsRGB3(GetColor(
+                        static_cast<unsigned char>(s), static_cast<unsigned char>(colour), inks))));
             }
             tympan::StripBytes bytes(FileHandle(), strips[s].Offset + tympan::kLwStripLead);
             tympan::ForEachRun(bytes, width, height, column, [&](const tympan::PlacedRun& run) {
                 const tympan::RunReach reach(run, width);
-                const Pattern& pattern = patterns[run.colour];
+                const ColourPattern& pattern = patterns[run.colour];
                 pixels.Add(run.row, run.column, reach.end, pattern);
                 if (reach.passes && run.row + 1 < height)
                     pixels.Add(run.row + 1, 0, reach.behind, pattern);

@@ -3,14 +3,17 @@
 #include "tools/ct_pictures.h"
 #include "tools/endless_pictures.h"
 #include "tools/lw_pictures.h"
+#include "tools/parsed_json.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <cstddef>
 #include <filesystem>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -206,6 +209,26 @@ TEST(Frame, KilledRunLeavesNoOutputOfThatName)
     running.Signal(SIGKILL);
     EXPECT_EQ(running.Wait().status, -SIGKILL);
     EXPECT_EQ(ReadFile(folder / "a.png"), "old");
+}
+
+TEST(Frame, AFileThatFailsStopsNoOther)
+{
+    const CtFolder folder(RandomCt(4, 4));
+    for (const auto& [subcommand, key] :
+         { std::pair("info", "width"), std::pair("check", "verdict"), std::pair("ink", "total_ink"),
+           std::pair("hash", "sha256") }) {
+        SCOPED_TRACE(subcommand);
+        const Outcome outcome =
+            RunWords(subcommand + std::string(" --json @none.ct @a.ct @none.lw @a.ct"), folder);
+        EXPECT_EQ(outcome.status, 1);
+        const ordered_json told = ParsedJson(outcome.out);
+        ASSERT_EQ(told.size(), 4U);
+        EXPECT_EQ(told[3], told[1]);
+        for (const std::size_t file : { 0U, 2U })
+            EXPECT_TRUE(told[file].contains("error") || told[file].at(key) == "undetermined")
+                << told;
+        EXPECT_TRUE(told[1].contains(key) && !told[1].contains("error")) << told;
+    }
 }
 
 } // namespace

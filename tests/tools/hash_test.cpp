@@ -314,16 +314,5 @@ TEST(Hash, RefusesWhatGivesNoRowsOrHasLostSome)
     EXPECT_EQ(Hashed("it.tif", folder).at("width"), 7) << "it opens as a TIFF too";
 }
 
-TEST(Hash, GoesOnBehindAFileThatFails)
-{
-    const CtFolder folder(RandomCt(4, 4));
-    const Outcome outcome = RunWords("hash --json @none.ct @a.ct", folder);
-    EXPECT_EQ(outcome.status, 1);
-    const ordered_json told = ParsedJson(outcome.out);
-    ASSERT_EQ(told.size(), 2U);
-    EXPECT_TRUE(told[0].contains("error"));
-    EXPECT_TRUE(told[1].contains("sha256"));
-}
-
 } // namespace
 } // namespace tympan::test

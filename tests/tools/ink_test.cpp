@@ -226,17 +226,6 @@ TEST(Ink, TellsAPersonPercent)
 )");
 }
 
-TEST(Ink, GoesOnBehindAFileThatFails)
-{
-    const CtFolder folder(RandomCt(4, 4));
-    const Outcome outcome = RunWords("ink --json @none.ct @a.ct", folder);
-    EXPECT_EQ(outcome.status, 1);
-    const ordered_json told = ParsedJson(outcome.out);
-    ASSERT_EQ(told.size(), 2U);
-    EXPECT_TRUE(told[0].contains("error"));
-    EXPECT_TRUE(told[1].contains("total_ink"));
-}
-
 TEST(Ink, RefusesWhatHasNoInk)
 {
     const CtFolder folder(RandomCt(400, 300));
