@@ -115,9 +115,8 @@ bool IsBefore(std::string_view path, std::string_view other)
 
 std::vector<std::string> WalkOrder(const std::vector<std::string>& paths, bool intoFolders)
 {
-    std::vector<std::string> plain;
-    for (const std::string& path : paths)
-        plain.push_back(WithoutDetours(path));
+    std::vector<std::string> plain(paths.size());
+    std::transform(paths.begin(), paths.end(), plain.begin(), WithoutDetours);
     std::sort(plain.begin(), plain.end(), IsBefore);
     plain.erase(std::unique(plain.begin(), plain.end()), plain.end());
     if (!intoFolders)

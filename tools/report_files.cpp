@@ -17,7 +17,7 @@ namespace fs = std::filesystem;
 fs::path BelowAsked(const std::string& path, const std::vector<std::string>& asked)
 {
     for (const std::string& folder : asked) {
-        const fs::path below = fs::path(path).lexically_normal().lexically_relative(
+        fs::path below = fs::path(path).lexically_normal().lexically_relative(
             fs::path(folder).lexically_normal());
         if (!below.empty() && *below.begin() != "..")
             return below;
@@ -46,7 +46,7 @@ ReportFiles FindReportFiles(const std::vector<std::string>& asked)
     ReportFiles found;
     FileWalk walk(asked, true);
     while (const std::optional<WalkedEntry> entry = walk.Next()) {
-        const fs::path below = BelowAsked(entry->path, asked);
+        fs::path below = BelowAsked(entry->path, asked);
         if (entry->kind == WalkedEntry::Kind::UnreadableFolder) {
             Report(SystemFailure(entry->path, entry->error, "The report lacks what is in it."));
             found.areAll = false;

@@ -224,9 +224,9 @@ TEST(DiffMap, ShowsOneSampleAmongMillions)
 // Differences of 1, 2, 4 to 128 side by side, over ink in full.
 TEST(DiffMap, HasAColourOfTheLegendForEachSizeAndThePictureFaintBehind)
 {
-    CtPicture a{ 300, 200, 4, 300.0, 300.0, std::vector<std::uint8_t>(300 * 200 * 4, 0) };
+    CtPicture a{ 300, 200, 4, 300.0, 300.0, std::vector<std::uint8_t>(240000, 0) };
     CtPicture b = a;
-    for (std::uint32_t i = 0; i < 8; ++i)
+    for (std::size_t i = 0; i < 8; ++i)
         b.bytes[(std::size_t{ 100 } * 4 + 1) * 300 + 20 + 10 * i] =
             static_cast<std::uint8_t>(1U << i);
     const PairFolder folder(a, b);

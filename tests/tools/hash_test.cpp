@@ -52,7 +52,8 @@ ordered_json SumsOf(const Plates& plates, std::uint32_t width = kWidth,
     std::string text = "tympan-picture-1 " + size;
     ordered_json separations = ordered_json::array();
     for (const auto& [name, samples] : plates) { // a map is in order
-        const std::string sum = Sha256Of("tympan-separation-1 " + size + samples);
+        const std::string sum =
+            Sha256Of(std::string("tympan-separation-1 ").append(size + samples));
         text.append(sum).append(" ").append(name).append("\n");
         separations.push_back({ { "name", name }, { "sha256", sum } });
     }
@@ -298,7 +299,7 @@ TEST(Hash, RefusesWhatGivesNoRowsOrHasLostSome)
     const std::string ct = ReadFile(folder / "a.ct");
     WriteFile(folder / "cut.ct", ct.substr(0, ct.size() / 2));
     TiffItSample continuous = CtSample(7, 5);
-    continuous.data.resize(7 * 5 * 4);
+    continuous.data.resize(140);
     WriteFile(folder / "it.tif", std::string(AsText(continuous.Bytes())));
     ASSERT_EQ(RunWords("page @job.pg --size 2x2 --resolution 300 --place @a.ct@0,0", folder).status,
               0);

@@ -21,7 +21,6 @@ namespace tympan::test {
 namespace {
 
 using testing::HasSubstr;
-using testing::Not;
 
 TEST(Usage, SlipsAreAnsweredByWhatWasMeant)
 {
@@ -70,8 +69,8 @@ Outcome RunInPipe(const std::string& words, const TemporaryFolder& folder)
     for (const char letter : words)
         script += letter == '%' ? "\"$0\"" : std::string(1, letter);
     const TemporaryFolder waiting;
-    const Outcome outcome = RunProgram("env", { "--default-signal=PIPE", "TMPDIR=" + waiting / "",
-                                                "sh", "-c", script, CommandPath(), folder / "" });
+    Outcome outcome = RunProgram("env", { "--default-signal=PIPE", "TMPDIR=" + waiting / "", "sh",
+                                          "-c", script, CommandPath(), folder / "" });
     EXPECT_EQ(waiting.Entries(), 0U) << words;
     return outcome;
 }
@@ -85,7 +84,10 @@ TEST(StandardOutput, GetsWhatAFileGets)
            "rows a.ct --separation cyan --format png", "rows a.ct --separation cyan --format tif",
            "rows a.ct --separation cyan --format raw" }) {
         const std::string ending = words.find("export") == 0 ? "out.tif" : "out.png";
-        EXPECT_EQ(RunInPipe("% " + words + " -o " + ending, pictures).err, "") << words;
+        EXPECT_EQ(
+            RunInPipe(std::string("% ").append(words).append(" -o ").append(ending), pictures).err,
+            "")
+            << words;
         const Outcome piped = RunInPipe("% " + words + " -o -", pictures);
         EXPECT_EQ(piped.status, 0) << words;
         EXPECT_EQ(piped.err, "") << words;

@@ -25,7 +25,6 @@ namespace {
 namespace fs = std::filesystem;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
 
 // Grey values that a JPEG keeps: they change slowly, and in each plate otherwise.
 CtPicture SmoothCt(std::uint32_t width, std::uint32_t height)

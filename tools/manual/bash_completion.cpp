@@ -86,6 +86,7 @@ std::string OptionsCase(const std::string& subcommand, const CommandFacts& comma
 
 std::string ValueCases(const std::string& subcommand, const CommandFacts& command)
 {
+    const std::string before = subcommand + ' ';
     std::string cases;
     bool hasArgument = false;
     for (const OptionFacts& option : command.options)
@@ -93,7 +94,7 @@ std::string ValueCases(const std::string& subcommand, const CommandFacts& comman
             cases += Case(subcommand, Value(option));
         else if (!option.isArgument && !option.value.empty())
             for (const std::string& name : option.names)
-                cases += Case(subcommand + ' ' + name, Value(option));
+                cases += Case(before + name, Value(option));
     return cases;
 }
 
