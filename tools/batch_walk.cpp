@@ -1,6 +1,7 @@
 #include "batch_walk.h"
 
 #include "folder_names.h"
+#include "report_folder.h"
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -166,6 +167,8 @@ std::optional<WalkedEntry> FileWalk::Enter(WalkedEntry entry)
 {
     Level below{ entry.path, {}, 0 };
     entry.error = ReadNames(entry.path, below.names);
+    if (std::binary_search(below.names.begin(), below.names.end(), kReportMarker))
+        std::erase_if(below.names, IsReportsOwn);
     levels_.push_back(std::move(below));
     if (entry.error == 0)
         return std::nullopt;

@@ -59,7 +59,7 @@ std::vector<std::string> WalkOrder(const std::vector<std::string>& paths, bool i
 
 /// Walks through folders, hidden files too, in the order that `IsBefore` tells. Symbolic links are
 /// followed where they are named, and nowhere else, so that no file comes twice and no walk goes in
-/// circles. It holds the names of one folder of each level.
+/// circles. What belongs to a report is no picture of a job and is passed over. It holds the names of one folder of each level.
 class FileWalk {
   public:
     /// \param intoFolders whether folders that are named are walked

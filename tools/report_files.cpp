@@ -2,7 +2,6 @@
 
 #include "batch_walk.h"
 #include "failure.h"
-#include "report_folder.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -32,13 +31,6 @@ bool IsHidden(const fs::path& below)
     });
 }
 
-// Whether a file is part of a report, which has its style and images in folders of its own.
-bool IsOfReport(const std::string& path)
-{
-    const fs::path folder = fs::path(path).parent_path();
-    return IsReport(folder.string()) || IsReport(folder.parent_path().string());
-}
-
 } // namespace
 
 ReportFiles FindReportFiles(const std::vector<std::string>& asked)
@@ -52,8 +44,7 @@ ReportFiles FindReportFiles(const std::vector<std::string>& asked)
             found.areAll = false;
         } else if (entry->kind == WalkedEntry::Kind::Named) {
             found.files.push_back({ entry->path, entry->path, entry->state.size, true });
-        } else if (entry->kind == WalkedEntry::Kind::File && !IsHidden(below) &&
-                   !IsOfReport(entry->path)) {
+        } else if (entry->kind == WalkedEntry::Kind::File && !IsHidden(below)) {
             const std::string shown = asked.size() == 1 ? below.string() : entry->path;
             found.files.push_back({ entry->path, shown, entry->state.size });
         }

@@ -28,7 +28,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr char kMarker[] = ".tympan-report";
 constexpr char kPage[] = "index.html";
 constexpr char kScratch[] = "page.png";
 constexpr std::array kFolders{ "assets", "thumbs" };
@@ -80,7 +79,7 @@ void RemoveUnfinished()
         unlinkat(unfinished.handle, ImageName(number).data(), 0);
     for (const ReportAsset& asset : ReportAssets())
         unlinkat(unfinished.handle, AssetName(asset.name).data(), 0);
-    for (const char* const name : { kMarker, kReportData, kScratch })
+    for (const char* const name : { kReportMarker, kReportData, kScratch })
         unlinkat(unfinished.handle, name, 0);
     for (const char* const name : kFolders)
         unlinkat(unfinished.handle, name, AT_REMOVEDIR);
@@ -140,10 +139,9 @@ std::vector<std::string> NamesIn(const std::string& folder, const std::string& s
     return names;
 }
 
-bool IsReportsOwn(const std::string& name)
+bool IsReport(const std::string& folder)
 {
-    return name == kMarker || name == kPage ||
-           std::find(kFolders.begin(), kFolders.end(), name) != kFolders.end();
+    return IsPlainFile(folder + "/" + kReportMarker);
 }
 
 // Whatever stands in the way of the report is taken away, so it must be nothing of the person's.
@@ -231,7 +229,7 @@ void ReportFolder::WriteAssets() const
         if (!file)
             throw SystemFailure(path_, errno);
     };
-    write(kMarker, "A report of tympan's, which the next report to this folder replaces.\n");
+    write(kReportMarker, "A report of tympan's, which the next report to this folder replaces.\n");
     for (const ReportAsset& asset : ReportAssets())
         write(AssetName(asset.name).data(), asset.text);
 }
@@ -271,9 +269,10 @@ void ReportFolder::Commit()
     fs::remove_all(temporary_, ignored);
 }
 
-bool IsReport(const std::string& folder)
+bool IsReportsOwn(const std::string& name)
 {
-    return IsPlainFile(folder + "/" + kMarker);
+    return name == kReportMarker || name == kPage ||
+           std::find(kFolders.begin(), kFolders.end(), name) != kFolders.end();
 }
 
 } // namespace tympan::tool

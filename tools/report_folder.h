@@ -47,7 +47,10 @@ class ReportFolder {
 /// The data of a report, under this name.
 inline constexpr char kReportData[] = "assets/data.js";
 
-/// Whether a folder is a report, by a file that every report has.
-bool IsReport(const std::string& folder);
+/// The file that every report has, and nothing else.
+inline constexpr char kReportMarker[] = ".tympan-report";
+
+/// Whether this is the name of something in a report's folder that is the report's.
+bool IsReportsOwn(const std::string& name);
 
 } // namespace tympan::tool

@@ -141,6 +141,19 @@ TEST(BatchCheck, ChecksWhatLiesInANamedFolderOnce)
     EXPECT_EQ(Summary({ "-r", tree.Root() + "/b/notes.txt" })["undetermined"], 1);
 }
 
+TEST(BatchCheck, PassesOverTheFilesOfAReportAndNoOthersThere)
+{
+    const Tree tree;
+    const std::string report = tree.Root() + "/report";
+    ASSERT_EQ(RunCommand({ "report", tree.Root(), "-o", report }).status, 0);
+    ASSERT_TRUE(std::filesystem::exists(report + "/thumbs/0000001.jpg"));
+    const auto before = Summary({ "-r", tree.Root() });
+    EXPECT_EQ(before.at("files"), kPictures);
+    tree.Write("report/mine.ct", RandomCt(4, 4).File());
+    EXPECT_EQ(Summary({ "-r", tree.Root() }).at("files"), kPictures + 1);
+    EXPECT_EQ(Summary({ "-r", report }).at("files"), 1);
+}
+
 TEST(BatchCheck, TellsAFolderThatItCannotRead)
 {
     const Tree tree;
