@@ -93,8 +93,8 @@ class RunStream {
             size = SizeOf({ first, first + count });
         }
         if (size > kMostBytes)
-            throw UsageFailure("--copies: a row of the stream would take " + std::to_string(size) +
-                               " bytes");
+            throw UsageFailure("--copies: a row of the stream would take more than " +
+                               std::to_string(kMostBytes) + " bytes");
         if (size > room_) {
             buffer_.reset(new std::uint8_t[size]); // not filled, for most is never written
             room_ = size;
@@ -103,13 +103,18 @@ class RunStream {
         return { first, first + count };
     }
 
+    // Where the library counts in 32 bits, sound rows can have more bytes than it can tell.
     std::uint64_t SizeOf(RowRange rows) const
     {
-        const unsigned long size = lineWork_.GetLWBufferSize(rows.first, rows.end - 1,
-                                                             options_.copies, options_.gap, true);
-        if (size == 0)
+        const auto sizeOf = [&](std::uint32_t copies, std::uint32_t gap) -> std::uint64_t {
+            return lineWork_.GetLWBufferSize(rows.first, rows.end - 1, copies, gap, true);
+        };
+        const std::uint64_t size = sizeOf(options_.copies, options_.gap);
+        if (size != 0)
+            return size;
+        if (sizeOf(1, 0) == 0)
             throw RowsFailure(picture_, rows);
-        return size;
+        return std::numeric_limits<std::uint64_t>::max();
     }
 
     void Make(RowRange rows)
