@@ -96,13 +96,16 @@ TEST_F(MimeTypes, AreToldByBytes)
         EXPECT_THAT(TypesOf({ data_.File("sample", bytes) }), testing::ElementsAre(type)) << name;
 }
 
+constexpr std::size_t kOfEach = 200; // files of a folder
+
 // Links to files of the system by names that tell nothing, so that their bytes have to.
 std::vector<std::string> NamelessFiles(const TemporaryFolder& folder)
 {
-    constexpr std::size_t kOfEach = 200;
     std::vector<std::string> links;
     for (const char* const where : { "/usr/bin", "/usr/lib", "/usr/share/icons", "/usr/share/doc",
                                      "/usr/share/backgrounds" }) {
+        if (!std::filesystem::exists(where)) // on a machine without a desktop
+            continue;
         const std::size_t most = links.size() + kOfEach;
         for (const auto& file : std::filesystem::recursive_directory_iterator(
                  where, std::filesystem::directory_options::skip_permission_denied)) {
@@ -121,6 +124,7 @@ TEST_F(MimeTypes, OfOtherFilesStayAsTheyAre)
 {
     const TemporaryFolder folder;
     const std::vector<std::string> files = NamelessFiles(folder);
+    ASSERT_GE(files.size(), kOfEach);
     const std::vector<std::string> before = TypesOf(files);
     AddPackage();
     EXPECT_EQ(before.size(), files.size());
