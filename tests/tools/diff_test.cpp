@@ -210,7 +210,8 @@ Marks(const PngPicture& png, std::uint32_t width, std::uint32_t height)
 
 TEST(DiffMap, ShowsOneSampleAmongMillions)
 {
-    CtPicture a{ 2000, 1500, 4, 300.0, 300.0, std::vector<std::uint8_t>(12000000, 255) };
+    CtPicture a{ 2000,  1500,  4,
+                 300.0, 300.0, std::vector<std::uint8_t>(std::size_t{ 2000 } * 1500 * 4, 255) };
     CtPicture b = a;
     b.bytes[(std::size_t{ 1234 } * 4 + 2) * 2000 + 567] = 254;
     const PairFolder folder(a, b);
@@ -224,7 +225,8 @@ TEST(DiffMap, ShowsOneSampleAmongMillions)
 // Differences of 1, 2, 4 to 128 side by side, over ink in full.
 TEST(DiffMap, HasAColourOfTheLegendForEachSizeAndThePictureFaintBehind)
 {
-    CtPicture a{ 300, 200, 4, 300.0, 300.0, std::vector<std::uint8_t>(240000, 0) };
+    CtPicture a{ 300,   200,   4,
+                 300.0, 300.0, std::vector<std::uint8_t>(std::size_t{ 300 } * 200 * 4, 0) };
     CtPicture b = a;
     for (std::size_t i = 0; i < 8; ++i)
         b.bytes[(std::size_t{ 100 } * 4 + 1) * 300 + 20 + 10 * i] =

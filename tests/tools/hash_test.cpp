@@ -299,7 +299,7 @@ TEST(Hash, RefusesWhatGivesNoRowsOrHasLostSome)
     const std::string ct = ReadFile(folder / "a.ct");
     WriteFile(folder / "cut.ct", ct.substr(0, ct.size() / 2));
     TiffItSample continuous = CtSample(7, 5);
-    continuous.data.resize(140);
+    continuous.data.resize(std::size_t{ 7 } * 5 * 4);
     WriteFile(folder / "it.tif", std::string(AsText(continuous.Bytes())));
     ASSERT_EQ(RunWords("page @job.pg --size 2x2 --resolution 300 --place @a.ct@0,0", folder).status,
               0);

@@ -235,7 +235,7 @@ TEST(Ink, RefusesWhatHasNoInk)
     WriteTiff(folder / "palette.tif", RandomSamples(1),
               { .as = kPalette, .palette = std::vector<std::uint32_t>(256) });
     TiffItSample continuous = CtSample(7, 5);
-    continuous.data.resize(140);
+    continuous.data.resize(std::size_t{ 7 } * 5 * 4);
     const std::vector<unsigned char> bytes = continuous.Bytes();
     WriteFile(folder / "it.tif", { bytes.begin(), bytes.end() });
     ASSERT_EQ(RunWords("page @job.pg --size 2x2 --resolution 300 --place @a.ct@0,0", folder).status,
